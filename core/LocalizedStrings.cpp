@@ -1,0 +1,76 @@
+#include "core/LocalizedStrings.h"
+
+#include "core/languages/cs.h"
+#include "core/languages/de.h"
+#include "core/languages/en.h"
+#include "core/languages/es.h"
+#include "core/languages/fr.h"
+#include "core/languages/it.h"
+#include "core/languages/mk.h"
+#include "core/languages/nb.h"
+#include "core/languages/nl.h"
+#include "core/languages/pl.h"
+#include "core/languages/pt-BR.h"
+#include "core/languages/ru.h"
+#include "core/languages/sk.h"
+#include "core/languages/tr.h"
+#include "core/languages/zh-CN.h"
+#include "core/languages/zh-TW.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr std::size_t TextCount = StrOneNoteRunning + 1;
+
+struct Language {
+    const wchar_t* code;
+    const wchar_t* displayName;
+    /// A language file that lacks a text has an array of another type, and does not compile here.
+    const std::array<const wchar_t*, TextCount>& texts;
+};
+
+/// In matching order: English first, so that a name that starts with "en" is English before anything else is tried.
+constexpr std::array Languages{
+    Language{L"en", L"English", English},
+    Language{L"zh-CN", L"中文(简体)", SimplifiedChinese},
+    Language{L"zh-TW", L"中文(繁體)", TraditionalChinese},
+    Language{L"cs", L"čeština", Czech},
+    Language{L"nl", L"Nederlands", Dutch},
+    Language{L"fr", L"Français", French},
+    Language{L"de", L"Deutsch", German},
+    Language{L"it", L"Italiano", Italian},
+    Language{L"nb", L"norsk", Norwegian},
+    Language{L"pl", L"Polski", Polish},
+    Language{L"pt-BR", L"Português (Brasil)", BrazilianPortuguese},
+    Language{L"ru", L"Русский", Russian},
+    Language{L"sk", L"slovenčina", Slovak},
+    Language{L"es", L"Español", Spanish},
+    Language{L"tr", L"Türkçe", Turkish},
+    Language{L"mk", L"македонски јазик", Macedonian},
+};
+
+std::array<std::wstring, TextCount> LocalizedStrings;
+
+} // namespace
+
+const std::vector<LanguageEntry>& SupportedLanguages() {
+    static std::vector<LanguageEntry> languages;
+    if (languages.empty()) {
+        for (const Language& language : Languages)
+            languages.push_back({language.code, language.displayName});
+    }
+    return languages;
+}
+
+void LoadLocalizedStrings(std::wstring_view code) {
+    for (const Language& language : Languages) {
+        if (language.code == code)
+            std::ranges::copy(language.texts, LocalizedStrings.begin());
+    }
+}
+
+std::wstring GetLocalizedString(StringId id) {
+    return LocalizedStrings[id];
+}

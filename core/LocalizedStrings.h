@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The texts that the installer window shows, in the order of the language files.
+enum StringId : std::uint8_t {
+    StrClose,
+    StrGetHelp,
+    StrRetry,
+    StrStartOneNote,
+    StrTempFileFailed,
+    StrCheckRunningFailed,
+    StrInstallFailed,
+    StrReadResourceFailed,
+    StrCheckingRequirements,
+    StrInstallCompleted,
+    StrInstalling,
+    StrOneNoteRunning,
+};
+
+struct LanguageEntry {
+    /// "de", or with a region "pt-BR".
+    std::wstring code;
+    /// The language's name in that language.
+    std::wstring displayName;
+};
+
+/// The sixteen languages in the order in which a locale name is matched against them. Built by the first call, on the
+/// main thread during start-up.
+const std::vector<LanguageEntry>& SupportedLanguages();
+
+/// Fills the table that `GetLocalizedString` reads with the texts of one of the `SupportedLanguages`, whose code is
+/// `code` to the letter. Any other code changes nothing; before the first call every text is empty.
+/// Main thread, before a second one exists.
+void LoadLocalizedStrings(std::wstring_view code);
+
+/// A copy of the loaded language's text. Any thread.
+std::wstring GetLocalizedString(StringId id);

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <ostream>
+
+/// The program's log: one text file in the user's temporary folder, UTF-16LE with a byte-order mark, emptied when the
+/// first call opens it. The name tells which program of the product runs ("Vellumkit_Install.log" for this one).
+///
+/// With `withPrefix` a new entry begins: CR LF, the local time in the layout of asctime, " - "; the entry before it is
+/// on disk when the call returns. Without it the text that follows continues the current entry.
+///
+/// `Log(true) << L"Updated to " << 2720;`
+///
+/// Manipulators work as on every stream, and stay set for later entries. A file that can't be opened or written changes
+/// nothing for the caller: the stream fails and swallows what follows. No exception leaves it.
+/// Any thread may write. One insertion is never split, but the entries of two threads may interleave.
+std::wostream& Log(bool withPrefix);
+
+/// Writes what is pending and closes the file; later texts vanish. A failure only marks the stream as failed.
+void CloseLog();
