@@ -1,0 +1,126 @@
+#include "install/InstallationWorker.h"
+
+#include "app/ProcessState.h"
+#include "core/ComError.h"
+#include "core/LocalizedStrings.h"
+#include "core/Log.h"
+#include "core/Unique.h"
+#include "install/AddinRepair.h"
+#include "install/OneNoteProcess.h"
+#include "install/Payload.h"
+#include "install/SecureProtocols.h"
+#include "ui/ScreenState.h"
+
+namespace {
+
+void PostState() {
+    PostMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
+}
+
+void PostInstalling() {
+    PendingScreenState.status = ScreenStatus::Installing;
+    PendingScreenState.primaryEnabled = false;
+    PendingScreenState.secondaryEnabled = false;
+    PendingScreenState.primaryLabel.clear();
+    PendingScreenState.secondaryLabel.clear();
+    PostState(); // the focus index stays as it was
+}
+
+void PostCompleted() {
+    PendingScreenState = {.status = ScreenStatus::Completed,
+                          .primaryEnabled = true,
+                          .secondaryEnabled = true,
+                          .primaryLabel = GetLocalizedString(StrClose),
+                          .secondaryLabel = GetLocalizedString(StrStartOneNote),
+                          .focusIndex = 1};
+    PostState();
+}
+
+void PostFailed() {
+    PendingScreenState = {.status = ScreenStatus::Failed,
+                          .primaryEnabled = true,
+                          .secondaryEnabled = false,
+                          .primaryLabel = GetLocalizedString(StrRetry),
+                          .secondaryLabel = {},
+                          .focusIndex = 0};
+    PostState();
+}
+
+DWORD ExitCode(HANDLE process) {
+    DWORD code = 0;
+    if (!GetExitCodeProcess(process, &code)) {
+        const DWORD error = GetLastError();
+        Log(true) << L"ERROR: " << L"Failed to get the process exit code: " << error;
+        ThrowWin32Error(error);
+    }
+    return code;
+}
+
+void AwaitSuccess(HANDLE installer) {
+    Log(true) << L"Waiting for installer to finish";
+    Sleep(1000);
+    WaitForSingleObject(installer, INFINITE);
+    const DWORD code = ExitCode(installer);
+    if (code != 0) {
+        Log(true) << L"ERROR: " << L"Installer reported failure: " << code;
+        throw _com_error(static_cast<HRESULT>(code)); // the installer's exit code is the HRESULT
+    }
+}
+
+/// Throws a `_com_error` on every failure.
+void InstallOnce() {
+    if (!WaitForOneNoteToExit())
+        ThrowWin32Error(ERROR_SHARING_VIOLATION);
+    Log(true) << L"State: Installing - OneNote is not running, continuing with install";
+    if (!UnattendedMode)
+        PostInstalling();
+
+    // No owner: the handle of a pass that fails stays open, on purpose.
+    const HANDLE installer = ExtractAndRunInstaller();
+    AwaitSuccess(installer);
+    RepairAddinSettings();
+    UpdateSecureProtocols(LR"(Software\Microsoft\Windows\CurrentVersion\Internet Settings)", true);
+    UpdateSecureProtocols(LR"(Software\Policies\Microsoft\Windows\CurrentVersion\Internet Settings)", false);
+
+    Log(true) << L"State: Complete";
+    if (!UnattendedMode)
+        PostCompleted();
+    UniqueHandle{installer}.Reset();
+}
+
+void ReportFailure(const _com_error& error) {
+    ErrorText = GetLocalizedString(StrInstallFailed) + L"\n\n" + ComErrorText(error);
+    Log(true) << L"ERROR: " << ErrorText;
+    if (!UnattendedMode)
+        PostFailed();
+}
+
+bool TryInstall() {
+    try {
+        InstallOnce();
+        return true;
+    } catch (const _com_error& error) {
+        ReportFailure(error);
+        return false;
+    }
+}
+
+} // namespace
+
+DWORD WINAPI InstallationWorker(void* /*context*/) {
+    Log(true) << L"Begin processing";
+    CoInitialize(nullptr); // never balanced: the thread may have it initialised already
+    for (;;) {
+        const bool installed = TryInstall();
+        if (UnattendedMode)
+            return installed ? 0 : 1;
+
+        Log(true) << L"Waiting for a signal";
+        WaitForSingleObject(ContinueEvent, INFINITE);
+        if (ExitRequested) {
+            Log(true) << L"Exit signalled, returning from background process";
+            SetEvent(WorkerDoneEvent);
+            return 0;
+        }
+    }
+}

@@ -1,0 +1,91 @@
+#include "install/Payload.h"
+
+#include "app/ProcessState.h"
+#include "core/ComError.h"
+#include "core/Log.h"
+#include "core/TempPath.h"
+
+#include <shellapi.h>
+#include <shlwapi.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+constexpr WORD PayloadResource = 200;
+
+/// Stays valid as long as the module: a resource needs no release.
+std::span<const char> LoadPayload() {
+    const HRSRC resource = FindResourceW(InstanceHandle, MAKEINTRESOURCEW(PayloadResource), L"FILE");
+    if (resource == nullptr)
+        throw _com_error(ErrorReadResource);
+    const DWORD size = SizeofResource(InstanceHandle, resource);
+    Log(true) << L"    Size of the file is: " << size;
+    const HGLOBAL loaded = LoadResource(InstanceHandle, resource);
+    const void* const bytes = loaded != nullptr ? LockResource(loaded) : nullptr;
+    if (bytes == nullptr)
+        throw _com_error(ErrorReadResource);
+    return {static_cast<const char*>(bytes), size};
+}
+
+void ExtractPayload(const std::wstring& path) {
+    Log(true) << L"Extracting installer to " << path;
+    Log(true) << L"    Installing file at resource id: " << PayloadResource << L" to path: " << path;
+    Log(true) << L"    Loading from resource";
+    const std::span<const char> payload = LoadPayload();
+    SetLastError(ERROR_SUCCESS);
+    Log(true) << L"    Writing to the given path";
+    if (!WriteBytesToFile(path, payload))
+        ThrowWin32Error(GetLastError()); // without a code this is an error 0, on purpose
+    Log(true) << L"    Done.";
+}
+
+HANDLE RunElevated(const std::wstring& path) {
+    // The folder is not quoted, even with blanks in it: the elevated installer takes exactly this text.
+    const std::wstring parameters = TempPath(L"") + L' ' + ConfigPath;
+    SHELLEXECUTEINFOW execution{};
+    execution.cbSize = sizeof execution;
+    execution.fMask = SEE_MASK_NOCLOSEPROCESS | SEE_MASK_NOASYNC;
+    execution.hwnd = MainWindow; // owns the elevation prompt
+    execution.lpFile = path.c_str();
+    execution.lpParameters = parameters.c_str();
+    execution.nShow = SW_HIDE;
+    if (!ShellExecuteExW(&execution))
+        ThrowWin32Error(GetLastError());
+    return execution.hProcess;
+}
+
+} // namespace
+
+void EnsureFolder(const std::wstring& path) {
+    Log(true) << L"Folder path is: " << path;
+    if (PathIsDirectoryW(path.c_str())) {
+        Log(true) << L"Folder already exists";
+        return;
+    }
+    Log(true) << L"Folder does not exist, creating...";
+    SetLastError(ERROR_SUCCESS);
+    if (!CreateDirectoryW(path.c_str(), nullptr)) {
+        const DWORD code = GetLastError();
+        if (code == ERROR_SUCCESS)
+            throw _com_error(ErrorTempFile);
+        ThrowWin32Error(code);
+    }
+    Log(true) << L"Done.";
+}
+
+bool WriteBytesToFile(const std::wstring& path, std::span<const char> bytes) {
+    std::ofstream file(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
+    if (!file.is_open())
+        return false;
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    return true;
+}
+
+HANDLE ExtractAndRunInstaller() {
+    EnsureFolder(TempPath(L"Vellumkit"));
+    const std::wstring path = TempPath(LR"(Vellumkit\Vellumkit Installer.exe)");
+    ExtractPayload(path);
+    return RunElevated(path);
+}
