@@ -1,0 +1,11 @@
+#pragma once
+
+#include <windows.h>
+
+/// The exit code of a process that an uncaught error ended: STATUS_FATAL_APP_EXIT.
+inline constexpr UINT AbnormalExitCode = 0x40000015;
+
+/// From now on an error that nothing catches, C++ exception or processor fault, on any thread, ends the process at once
+/// with `AbnormalExitCode`. No message box of the C runtime or of Windows: during a silent installation nobody could
+/// see or close it.
+void EndProcessOnUncaughtErrors();

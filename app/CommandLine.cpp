@@ -1,0 +1,24 @@
+#include "app/CommandLine.h"
+
+#include "app/ProcessState.h"
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+#include <string_view>
+
+void ReadCommandLine(const wchar_t* commandLine) {
+    int count = 0;
+    // The array is never freed: it is read once, and the process needs its few bytes until it ends.
+    wchar_t** const arguments = CommandLineToArgvW(commandLine, &count);
+    if (arguments == nullptr)
+        return;
+    for (int index = 0; index < count - 1; ++index) {
+        const std::wstring_view argument = arguments[index];
+        if (argument == L"/config")
+            ConfigPath = arguments[index + 1];
+        else if (argument == L"/delay")
+            DelayOption = true;
+    }
+}

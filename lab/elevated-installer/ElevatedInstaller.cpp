@@ -1,0 +1,46 @@
+// Stands in for the elevated installer: logs how it was called, takes the time and returns the exit code that the
+// configuration file asks for:
+//
+//     [ElevatedInstaller]
+//     ExitCode=-100
+//     Milliseconds=2000
+//
+// Without such a file it returns 0 at once.
+
+#include "core/Log.h"
+#include "core/TempPath.h"
+
+#include <windows.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+namespace {
+
+/// The parameters are the temporary folder, which is not quoted, a blank and the path of the configuration file.
+std::wstring ConfigurationFile(const std::wstring& parameters) {
+    const std::wstring folder = TempPath(L"") + L' ';
+    return parameters.starts_with(folder) ? parameters.substr(folder.size()) : std::wstring();
+}
+
+/// A decimal number, negative or up to 32 bits wide; 0 when it is missing. `file` must be a whole path.
+DWORD ReadNumber(const std::wstring& file, const wchar_t* name) {
+    std::array<wchar_t, 32> text{};
+    GetPrivateProfileStringW(L"ElevatedInstaller", name, L"0", text.data(), static_cast<DWORD>(text.size()),
+                             file.c_str());
+    return static_cast<DWORD>(std::wcstoll(text.data(), nullptr, 10));
+}
+
+} // namespace
+
+int WINAPI wWinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, wchar_t* commandLine, int /*show*/) {
+    Log(true) << L"Command line: " << GetCommandLineW();
+    std::error_code missing;
+    const std::wstring file = std::filesystem::absolute(ConfigurationFile(commandLine), missing);
+    Sleep(ReadNumber(file, L"Milliseconds"));
+    const DWORD exitCode = ReadNumber(file, L"ExitCode");
+    Log(true) << L"Exit code: " << exitCode;
+    return static_cast<int>(exitCode);
+}
