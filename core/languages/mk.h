@@ -6,10 +6,10 @@
 inline constexpr std::array Macedonian{
     /* StrClose */ L"&Затвори",
     /* StrGetHelp */ L"Побарај по&мош",
-    /* StrRetry */ L"&Повтори >",
-    /* StrStartOneNote */ L"&Отвори OneNote",
+    /* StrRetry */ L"&Обиди се пак >",
+    /* StrStartOneNote */ L"&Стартувај OneNote",
     /* StrTempFileFailed */
-    L"Не може да се создаде привремена датотека. Проверете дали имате доволно простор на дискот, а потоа кликнете на „Повтори“.",
+    L"Не може да се создаде привремена датотека. Проверете дали имате доволно простор на дискот, а потоа кликнете на „Обиди се пак“.",
     /* StrCheckRunningFailed */ L"Не може да се провери дали е стартувана апликацијата OneNote.",
     /* StrInstallFailed */ L"Инсталирањето не успеа:",
     /* StrReadResourceFailed */ L"Не може да се прочита инсталацискиот ресурс.",

@@ -9,7 +9,7 @@ inline constexpr std::array Norwegian{
     /* StrRetry */ L"&Prøv på nytt >",
     /* StrStartOneNote */ L"&Start OneNote",
     /* StrTempFileFailed */
-    L"Kunne ikke opprette en midlertidig fil. Kontroller at du har nok ledig diskplass, og klikk deretter «Prøv på nytt».",
+    L"Kunne ikke opprette en midlertidig fil. Kontroller at du har nok ledig diskplass, og klikk deretter på «Prøv på nytt».",
     /* StrCheckRunningFailed */ L"Kunne ikke kontrollere om OneNote kjører.",
     /* StrInstallFailed */ L"Installasjonen mislyktes:",
     /* StrReadResourceFailed */ L"Kunne ikke lese installasjonsressursen.",

@@ -5,7 +5,7 @@
 /// Dutch, in the order of `StringId`.
 inline constexpr std::array Dutch{
     /* StrClose */ L"&Sluiten",
-    /* StrGetHelp */ L"&Hulp krijgen",
+    /* StrGetHelp */ L"&Hulp vragen",
     /* StrRetry */ L"&Opnieuw >",
     /* StrStartOneNote */ L"OneNote s&tarten",
     /* StrTempFileFailed */

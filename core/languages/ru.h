@@ -7,7 +7,7 @@ inline constexpr std::array Russian{
     /* StrClose */ L"&Закрыть",
     /* StrGetHelp */ L"По&мощь",
     /* StrRetry */ L"&Повторить >",
-    /* StrStartOneNote */ L"&Открыть OneNote",
+    /* StrStartOneNote */ L"За&пустить OneNote",
     /* StrTempFileFailed */
     L"Не удалось создать временный файл. Убедитесь, что на диске достаточно места, и нажмите кнопку «Повторить».",
     /* StrCheckRunningFailed */ L"Не удалось проверить, запущено ли приложение OneNote.",
@@ -17,5 +17,5 @@ inline constexpr std::array Russian{
     /* StrInstallCompleted */ L"Установка надстройки Vellumkit для OneNote завершена.",
     /* StrInstalling */ L"Выполняется установка. Подождите...",
     /* StrOneNoteRunning */
-    L"Запущено приложение OneNote или Datebookery. Закройте оба приложения, прежде чем продолжить. Если вы только что закрыли их, немного подождите и повторите попытку.",
+    L"Запущено приложение OneNote или Datebookery. Закройте оба приложения, прежде чем продолжить. Если вы только что их закрыли, немного подождите и повторите попытку.",
 };

@@ -17,5 +17,5 @@ inline constexpr std::array Slovak{
     /* StrInstallCompleted */ L"Inštalácia doplnku Vellumkit pre OneNote sa dokončila.",
     /* StrInstalling */ L"Prebieha inštalácia. Čakajte, prosím...",
     /* StrOneNoteRunning */
-    L"Aplikácia OneNote alebo Datebookery je spustená. Skôr než budete pokračovať, zatvorte obe aplikácie. Ak ste ich práve zatvorili, chvíľu počkajte a skúste to znova.",
+    L"Aplikácia OneNote alebo Datebookery je spustená. Skôr než budete pokračovať, zavrite obe aplikácie. Ak ste ich práve zavreli, chvíľu počkajte a skúste to znova.",
 };

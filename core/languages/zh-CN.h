@@ -16,5 +16,5 @@ inline constexpr std::array SimplifiedChinese{
     /* StrInstallCompleted */ L"适用于 OneNote 的 Vellumkit 加载项已安装完成。",
     /* StrInstalling */ L"正在安装，请稍候...",
     /* StrOneNoteRunning */
-    L"OneNote 或 Datebookery 正在运行，请先将其关闭，然后再继续。如果您刚刚将其关闭，请稍等片刻，然后重试。",
+    L"OneNote 或 Datebookery 正在运行，请先将其关闭，然后再继续。如果您刚刚关闭了这些程序，请稍等片刻，然后重试。",
 };

@@ -16,5 +16,5 @@ inline constexpr std::array TraditionalChinese{
     /* StrInstallCompleted */ L"適用於 OneNote 的 Vellumkit 增益集已安裝完成。",
     /* StrInstalling */ L"正在安裝，請稍候...",
     /* StrOneNoteRunning */
-    L"OneNote 或 Datebookery 正在執行，請先將其關閉，然後再繼續。如果您剛剛已將其關閉，請稍候片刻再重試。",
+    L"OneNote 或 Datebookery 正在執行，請先將其關閉再繼續。如果您剛關閉這些程式，請稍候片刻，然後再試一次。",
 };
