@@ -20,7 +20,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         -ffunction-sections -fdata-sections)
     target_link_options(vellumkit_build_flags INTERFACE
         -static
-        -municode
+        $<$<BOOL:$<TARGET_PROPERTY:WIN32_EXECUTABLE>>:-municode> # the entry point is wWinMain
         -fstack-protector-strong # links the library of its run-time part
         -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat
         -Wl,--gc-sections

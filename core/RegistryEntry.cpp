@@ -22,9 +22,11 @@ bool OpenKey(const RegistryEntry& entry, REGSAM access, UniqueRegistryKey& key) 
 void SetValue(const RegistryEntry& entry, HKEY key) {
     const void* data = nullptr;
     std::size_t size = 0;
+    // Strings are stored without their NUL, on purpose. Windows would add one that it finds right behind the data.
+    const std::wstring guarded = entry.stringData + L'.';
     if (entry.type == REG_SZ || entry.type == REG_EXPAND_SZ) {
-        data = entry.stringData.c_str();
-        size = entry.stringData.size() * sizeof(wchar_t); // without the terminating NUL, on purpose
+        data = guarded.data();
+        size = entry.stringData.size() * sizeof(wchar_t);
     } else if (entry.type == REG_DWORD) {
         data = &entry.dwordData;
         size = sizeof entry.dwordData;

@@ -10,7 +10,7 @@
 struct RegistryEntry {
     HKEY root = HKEY_CURRENT_USER;
     /// Backslash-separated, without a leading backslash.
-    std::wstring subkey;
+    std::wstring subkey = {};
     /// Not owned. Null is the key's default value; for `Delete` it is the whole key.
     const wchar_t* valueName = nullptr;
     /// REG_SZ, REG_EXPAND_SZ and REG_MULTI_SZ data.

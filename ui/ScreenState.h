@@ -18,8 +18,8 @@ struct ScreenState {
     ScreenStatus status = ScreenStatus::Checking;
     bool primaryEnabled = false;
     bool secondaryEnabled = false;
-    std::wstring primaryLabel;
-    std::wstring secondaryLabel;
+    std::wstring primaryLabel = {};
+    std::wstring secondaryLabel = {};
     /// The button that gets the focus if it is enabled: 0 the primary one, 1 the secondary one.
     std::int32_t focusIndex = 0;
 };

@@ -1,0 +1,7 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the release and runs every test. Arguments go to ctest: ./test.sh -R Log
+set -euo pipefail
+cd "$(dirname "$0")"
+lab/machine.sh packages
+lab/machine.sh build
+exec lab/machine.sh display ctest --preset release "$@"

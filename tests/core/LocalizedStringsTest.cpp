@@ -1,0 +1,205 @@
+#include "core/LocalizedStrings.h"
+
+#include <algorithm>
+#include <array>
+#include <cwctype>
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr std::array<StringId, 12> AllIds{
+    StrClose,
+    StrGetHelp,
+    StrRetry,
+    StrStartOneNote,
+    StrTempFileFailed,
+    StrCheckRunningFailed,
+    StrInstallFailed,
+    StrReadResourceFailed,
+    StrCheckingRequirements,
+    StrInstallCompleted,
+    StrInstalling,
+    StrOneNoteRunning,
+};
+
+using Texts = std::vector<std::wstring>;
+
+Texts TextsOf(std::wstring_view code) {
+    LoadLocalizedStrings(code);
+    Texts texts(AllIds.size());
+    std::ranges::transform(AllIds, texts.begin(), GetLocalizedString);
+    return texts;
+}
+
+std::wstring Text(std::wstring_view code, StringId id) {
+    return TextsOf(code)[id];
+}
+
+/// The mnemonic in upper case, or 0.
+wchar_t Mnemonic(const std::wstring& caption) {
+    const std::size_t mark = caption.find(L'&');
+    return mark == std::wstring::npos ? L'\0' : static_cast<wchar_t>(std::towupper(caption.at(mark + 1)));
+}
+
+/// What a user reads on the button: without the mark, the parenthesised letter of Chinese captions and the " >".
+std::wstring ReadCaption(std::wstring caption) {
+    if (const std::size_t mark = caption.find(L"(&"); mark != std::wstring::npos)
+        caption.erase(mark);
+    std::erase(caption, L'&');
+    while (caption.ends_with(L' ') || caption.ends_with(L'>'))
+        caption.pop_back();
+    return caption;
+}
+
+class EveryLanguage : public testing::TestWithParam<LanguageEntry> {
+protected:
+    std::wstring Text(StringId id) const { return ::Text(GetParam().code, id); }
+};
+
+} // namespace
+
+TEST(StringIds, CountFromZeroInTheOrderOfTheLanguageFiles) {
+    for (std::size_t index = 0; index < AllIds.size(); ++index)
+        EXPECT_EQ(AllIds[index], index);
+}
+
+TEST(Languages, AreSixteenInMatchingOrder) {
+    const std::pair<const wchar_t*, const wchar_t*> expected[] = {
+        {L"en", L"English"},
+        {L"zh-CN", L"中文(简体)"},
+        {L"zh-TW", L"中文(繁體)"},
+        {L"cs", L"čeština"},
+        {L"nl", L"Nederlands"},
+        {L"fr", L"Français"},
+        {L"de", L"Deutsch"},
+        {L"it", L"Italiano"},
+        {L"nb", L"norsk"},
+        {L"pl", L"Polski"},
+        {L"pt-BR", L"Português (Brasil)"},
+        {L"ru", L"Русский"},
+        {L"sk", L"slovenčina"},
+        {L"es", L"Español"},
+        {L"tr", L"Türkçe"},
+        {L"mk", L"македонски јазик"},
+    };
+    ASSERT_EQ(SupportedLanguages().size(), std::size(expected));
+    for (std::size_t index = 0; index < std::size(expected); ++index) {
+        EXPECT_EQ(SupportedLanguages()[index].code, expected[index].first) << index;
+        EXPECT_EQ(SupportedLanguages()[index].displayName, expected[index].second) << index;
+    }
+}
+
+TEST(Languages, AreTheSameListAtEveryCall) {
+    EXPECT_EQ(&SupportedLanguages(), &SupportedLanguages());
+    EXPECT_EQ(SupportedLanguages().size(), 16U);
+}
+
+TEST(Languages, OfAnUnknownCodeLeaveTheTableAsItIs) {
+    const Texts german = TextsOf(L"de");
+    for (const wchar_t* code : {L"pt", L"EN", L"", L"de-DE", L"zh", L"pt-br", L"uk"})
+        EXPECT_EQ(TextsOf(code), german) << std::wstring(code).size();
+}
+
+TEST(Languages, AreReplacedAsAWhole) {
+    TextsOf(L"de");
+    EXPECT_EQ(Text(L"en", StrRetry), L"&Retry >");
+    EXPECT_EQ(Text(L"de", StrRetry), L"W&iederholen >");
+}
+
+TEST(EnglishTexts, AreExact) {
+    EXPECT_EQ(
+        TextsOf(L"en"),
+        (Texts{L"&Close", L"Get &Help", L"&Retry >", L"&Start OneNote",
+               L"Failed to create temporary file. Make sure you have enough disk space and then click Retry.",
+               L"Failed to check whether OneNote is running or not.", L"Installation failed:",
+               L"Failed to read installation resource.", L"Checking requirements...",
+               L"Installation of Vellumkit add-in for OneNote is completed.", L"Installing. Please wait...",
+               L"OneNote or Datebookery is running, please close them before continuing. If you have just closed, "
+               L"please wait a bit and retry."}));
+}
+
+TEST(GermanTexts, AreExact) {
+    EXPECT_EQ(
+        TextsOf(L"de"),
+        (Texts{L"&Schließen", L"&Hilfe erhalten", L"W&iederholen >", L"&OneNote starten",
+               L"Fehler beim Erzeugen einer Temporärdatei. Stellen Sie sicher, dass ausreichend Speicherplatz auf "
+               L"der Platte vorhanden ist und klicken Sie auf Wiederholen",
+               L"Fehler bei der Prüfung ob OneNote läuft oder nicht.", L"Installation fehlgeschlagen:",
+               L"Fehler beim Lesen aus der Installationsressource.", L"Prüfe Systemvoraussetzungen...",
+               L"Die Installation des Vellumkit Add-Ins für OneNote ist abgeschlossen.",
+               L"Installieren. Bitte warten...",
+               L"OneNote oder Datebookery läuft gerade. Bitte schließen Sie beide bevor Sie weitermachen. Wenn Sie "
+               L"sie gerade geschlossen haben, warten Sie einen Moment und versuchen Sie es dann erneut."}));
+}
+
+TEST(CzechTexts, HaveTwoCaptionsWithoutMnemonicAndATrailingBlank) {
+    EXPECT_EQ(Text(L"cs", StrClose), L"Zavřít");
+    EXPECT_EQ(Text(L"cs", StrRetry), L"Opakovat");
+    EXPECT_TRUE(Text(L"cs", StrTempFileFailed).ends_with(L". "));
+    EXPECT_FALSE(Text(L"cs", StrTempFileFailed).ends_with(L"  "));
+}
+
+TEST(FrenchTexts, HaveARetryWithoutArrowAndTwoTrailingBlanks) {
+    EXPECT_EQ(Text(L"fr", StrRetry), L"&Réessayer");
+    EXPECT_EQ(Text(L"fr", StrInstallFailed), L"Échec de l'installation :  ");
+}
+
+TEST(ChineseCaptions, HaveTheirMnemonicInParentheses) {
+    EXPECT_EQ(Text(L"zh-CN", StrClose), L"关闭 (&C)");
+    EXPECT_EQ(Text(L"zh-CN", StrGetHelp), L"帮助 (&H)");
+    EXPECT_EQ(Text(L"zh-TW", StrRetry), L"重試(&R)");
+}
+
+INSTANTIATE_TEST_SUITE_P(, EveryLanguage, testing::ValuesIn(SupportedLanguages()), [](const auto& language) {
+    std::string name;
+    for (const wchar_t character : language.param.code) {
+        if (character != L'-')
+            name += static_cast<char>(character);
+    }
+    return name;
+});
+
+TEST_P(EveryLanguage, HasTwelveTextsOfItsOwn) {
+    const Texts texts = TextsOf(GetParam().code);
+    EXPECT_EQ(std::ranges::count(texts, L""), 0);
+    const Texts english = TextsOf(L"en");
+    EXPECT_TRUE(GetParam().code == L"en" || std::ranges::mismatch(texts, english).in1 == texts.begin());
+}
+
+TEST_P(EveryLanguage, ShowsDistinctMnemonicsTogether) {
+    const wchar_t close = Mnemonic(Text(StrClose));
+    const wchar_t start = Mnemonic(Text(StrStartOneNote));
+    EXPECT_NE(start, L'\0');
+    EXPECT_NE(close, start);
+    EXPECT_EQ(close == L'\0', GetParam().code == L"cs");
+}
+
+TEST_P(EveryLanguage, NamesTheRetryButtonAsItReads) {
+    const std::wstring caption = ReadCaption(Text(StrRetry));
+    ASSERT_FALSE(caption.empty());
+    EXPECT_NE(Text(StrTempFileFailed).find(caption), std::wstring::npos);
+}
+
+TEST_P(EveryLanguage, KeepsTheProductsNames) {
+    for (const StringId id : {StrStartOneNote, StrCheckRunningFailed, StrInstallCompleted, StrOneNoteRunning})
+        EXPECT_NE(Text(id).find(L"OneNote"), std::wstring::npos) << id;
+    EXPECT_NE(Text(StrInstallCompleted).find(L"Vellumkit"), std::wstring::npos);
+    EXPECT_NE(Text(StrOneNoteRunning).find(L"Datebookery"), std::wstring::npos);
+}
+
+TEST_P(EveryLanguage, HeadsTheErrorWithAColon) {
+    std::wstring heading = Text(StrInstallFailed);
+    heading.erase(heading.find_last_not_of(L' ') + 1);
+    EXPECT_TRUE(heading.ends_with(L':') || heading.ends_with(L'：'));
+}
+
+TEST_P(EveryLanguage, HasOnlyPlainBlanksAndNoneThatIsStray) {
+    for (const StringId id : AllIds) {
+        const std::wstring text = Text(id);
+        EXPECT_EQ(text.find_first_of(L"\x00A0\x202F\x3000\t\n"), std::wstring::npos) << id;
+        const bool quoted = (GetParam().code == L"cs" && id == StrTempFileFailed) ||
+                            (GetParam().code == L"fr" && id == StrInstallFailed);
+        EXPECT_EQ(text.ends_with(L' '), quoted) << id;
+        EXPECT_FALSE(text.starts_with(L' ')) << id;
+    }
+}

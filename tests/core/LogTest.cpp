@@ -1,0 +1,199 @@
+#include "core/Log.h"
+
+#include "core/TempPath.h"
+#include "tests/support/ImportPatch.h"
+#include "tests/support/LogText.h"
+#include "tests/support/Program.h"
+#include "tests/support/TestFolder.h"
+
+#include <ctime>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <iomanip>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Entries = std::vector<std::wstring>;
+
+class LogFile : public testing::Test {
+protected:
+    /// Runs the log writer under the name `program` with the folder of the test as temporary folder.
+    DWORD Write(const std::wstring& commands, const std::wstring& program = L"log-writer.exe") const {
+        const fs::path file = folder_.Path() / program;
+        fs::copy_file(ProgramFolder() / "log-writer.exe", file, fs::copy_options::overwrite_existing);
+        return Program(file, commands, folder_.Path(), folder_.Path()).ExitCode();
+    }
+
+    fs::path Path(const wchar_t* name = L"Vellumkit_Install.log") const { return folder_.Path() / name; }
+
+private:
+    TestFolder folder_{L" ж"};
+};
+
+} // namespace
+
+TEST_F(LogFile, StartsWithByteOrderMarkAndLineBreak) {
+    Write(L"entry x");
+    EXPECT_EQ(ReadBytes(Path()).substr(0, 6), std::string("\xFF\xFE\x0D\x00\x0A\x00", 6));
+}
+
+TEST_F(LogFile, HoldsEachCharacterAsItsUtf16CodeUnits) {
+    Write(L"entry Grüße-Љубав-重試-\xD83D\xDE00");
+    EXPECT_EQ(ReadEntries(Path()), Entries{L"Grüße-Љубав-重試-\xD83D\xDE00"});
+}
+
+TEST_F(LogFile, HoldsOnlyTheLastRun) {
+    Write(L"entry first entry second");
+    Write(L"entry third");
+    EXPECT_EQ(ReadEntries(Path()), Entries{L"third"});
+}
+
+TEST_F(LogFile, IsCompleteWhenTheProgramEndsWithoutClosingIt) {
+    Write(L"entry first entry last");
+    EXPECT_EQ(ReadEntries(Path()), (Entries{L"first", L"last"}));
+}
+
+TEST_F(LogFile, LosesWhatIsWrittenAfterItsClose) {
+    Write(L"entry kept close entry lost");
+    EXPECT_EQ(ReadEntries(Path()), Entries{L"kept"});
+}
+
+TEST_F(LogFile, GroupsNoDigitsWhateverTheLocale) {
+    Write(L"grouping entry n= number");
+    EXPECT_EQ(ReadEntries(Path()), Entries{L"n=4294967295"});
+}
+
+TEST_F(LogFile, IsOpenedOnceByThreadsThatStartTogetherAndSplitsNoInsertion) {
+    Write(L"threads");
+    std::wstring log = Utf16(ReadBytes(Path()));
+    ASSERT_EQ(log.size(), 1 + 800 * 51U);
+    EXPECT_EQ(log[0], L'\xFEFF');
+    for (std::size_t start = 1; start < log.size(); start += 51) {
+        const std::wstring insertion = log.substr(start, 51);
+        EXPECT_EQ(insertion, std::wstring(50, insertion[0]) + L"|");
+    }
+}
+
+TEST_F(LogFile, ThatCannotBeOpenedFailsSilently) {
+    fs::create_directory(Path());
+    EXPECT_EQ(Write(L"entry lost more lost number close entry lost"), 0U);
+    EXPECT_EQ(Write(L"entry lost state"), 1U) << "the stream should have failed";
+    EXPECT_TRUE(fs::is_directory(Path()));
+}
+
+TEST_F(LogFile, ThatCannotBeWrittenFailsForGood) {
+    EXPECT_EQ(Write(L"entry kept state"), 0U);
+    EXPECT_EQ(Write(L"entry kept write-fails entry lost state"), 1U);
+}
+
+TEST_F(LogFile, LiesInTheCurrentDirectoryWhenWindowsCannotNameTheTemporaryFolder) {
+    Write(L"no-temp entry x");
+    EXPECT_EQ(ReadEntries(Path()), Entries{L"x"});
+}
+
+TEST_F(LogFile, LiesInTheCurrentDirectoryWhenTheTemporaryFolderIsTooLong) {
+    Write(L"huge-temp entry x");
+    EXPECT_EQ(ReadEntries(Path()), Entries{L"x"});
+}
+
+TEST_F(LogFile, IsNamedByTheProgramThatRuns) {
+    const std::pair<const wchar_t*, const wchar_t*> names[] = {
+        {L"dllhost.exe", L"Vellumkit_Addin_outproc.log"},          {L"onenote.exe", L"Vellumkit_Addin_inproc.log"},
+        {L"Vellumkit Installer.exe", L"Vellumkit_Elev.log"},       {L"VlkUninst.exe", L"Vellumkit_Uninst.log"},
+        {L"VellumkitInstaller.x64.exe", L"Vellumkit_Install.log"},
+    };
+    for (const auto& [program, log] : names) {
+        Write(L"entry x", program);
+        EXPECT_EQ(ReadEntries(Path(log)), Entries{L"x"}) << fs::path(program).string();
+        fs::remove(Path(log));
+    }
+}
+
+TEST(Log, BeginsAnEntryWithTheLocalTime) {
+    const std::time_t before = std::time(nullptr);
+    const LoggedEntries entries;
+    Log(true) << L"x";
+    const std::wstring bytes = Utf16(ReadBytes(fs::temp_directory_path() / "Vellumkit_Install.log"));
+    Log(false).flush();
+    EXPECT_EQ(entries.Get(), Entries{L"x"});
+
+    std::tm time{};
+    std::wistringstream text(Utf16(ReadBytes(fs::temp_directory_path() / "Vellumkit_Install.log")));
+    text.seekg(static_cast<std::streamoff>(text.str().rfind(L"\r\n") + 2));
+    text >> std::get_time(&time, L"%a %b %d %H:%M:%S %Y");
+    ASSERT_FALSE(text.fail());
+    time.tm_isdst = -1;
+    EXPECT_GE(std::mktime(&time), before);
+    EXPECT_LE(std::mktime(&time), std::time(nullptr));
+}
+
+TEST(Log, PadsTheDayWithABlankAndTheTimeWithZeros) {
+    // Monday, 6 November 2023, 00:09:08 local time.
+    static std::time_t fixed;
+    std::tm local{};
+    local.tm_year = 123;
+    local.tm_mon = 10;
+    local.tm_mday = 6;
+    local.tm_min = 9;
+    local.tm_sec = 8;
+    local.tm_isdst = -1;
+    fixed = std::mktime(&local);
+    const ImportPatch<std::time_t(std::time_t*)> time("_time64", [](std::time_t*) { return fixed; });
+    Log(true) << L"x" << std::flush;
+    const std::wstring log = Utf16(ReadBytes(fs::temp_directory_path() / "Vellumkit_Install.log"));
+    EXPECT_EQ(log.substr(log.rfind(L"\r\n")), L"\r\nMon Nov  6 00:09:08 2023 - x");
+}
+
+TEST(Log, LeavesTheTimeOutWhenItCannotBeReadOrConverted) {
+    const ImportPatch<std::time_t(std::time_t*)> time("_time64", [](std::time_t*) -> std::time_t { return -1; });
+    Log(true) << L"x" << std::flush;
+    const std::wstring log = Utf16(ReadBytes(fs::temp_directory_path() / "Vellumkit_Install.log"));
+    EXPECT_EQ(log.substr(log.rfind(L"\r\n")), L"\r\n - x");
+}
+
+TEST(Log, PutsAnEntryOnDiskWhenTheNextOneBegins) {
+    const fs::path file = fs::temp_directory_path() / "Vellumkit_Install.log";
+    Log(true) << L"short";
+    EXPECT_FALSE(Utf16(ReadBytes(file)).ends_with(L"short")) << "it is still in memory";
+    Log(true);
+    EXPECT_TRUE(Utf16(ReadBytes(file)).ends_with(L"short\r\n"));
+}
+
+TEST(Log, ContinuesAnEntryWithoutAPrefix) {
+    const LoggedEntries entries;
+    Log(true) << L"one";
+    Log(false) << L" = two";
+    EXPECT_EQ(entries.Get(), Entries{L"one = two"});
+}
+
+TEST(Log, WritesANulInsideATextAsItIs) {
+    const LoggedEntries entries;
+    Log(true) << std::wstring(L"a\0b", 3);
+    EXPECT_EQ(entries.Get(), (Entries{std::wstring(L"a\0b", 3)}));
+}
+
+TEST(Log, TakesTheStandardManipulatorsAndKeepsThem) {
+    const LoggedEntries entries;
+    Log(true) << std::hex << std::showbase << 255 << L' ' << std::setw(6) << std::setfill(L'.') << L"x";
+    Log(true) << 16;
+    Log(false) << std::dec << std::noshowbase << std::setfill(L' ');
+    EXPECT_EQ(entries.Get(), (Entries{L"0xff .....x", L"0x10"}));
+}
+
+TEST(Log, MayBeReadAndWrittenByOthersWhileItIsOpen) {
+    Log(true);
+    const fs::path file = fs::temp_directory_path() / "Vellumkit_Install.log";
+    const UniqueHandle other(CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                         nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_TRUE(other);
+}
+
+TEST(TempPath, IsTheTemporaryFolderWithTheSuffixAndNoSeparator) {
+    wchar_t folder[MAX_PATH + 1];
+    GetTempPathW(MAX_PATH + 1, folder);
+    EXPECT_TRUE(std::wstring(folder).ends_with(L'\\'));
+    EXPECT_EQ(TempPath(L""), folder);
+    EXPECT_EQ(TempPath(L"x y"), std::wstring(folder) + L"x y");
+}

@@ -1,0 +1,135 @@
+// Unattended installations while OneNote or Datebookery runs. The waits are the real ones.
+
+#include "tests/support/FakeOneNote.h"
+#include "tests/support/LabPrograms.h"
+#include "tests/support/LogText.h"
+#include "tests/support/Machine.h"
+#include "tests/support/Registry.h"
+#include "tests/support/Watchdog.h"
+
+#include <algorithm>
+
+namespace {
+
+using Entries = std::vector<std::wstring>;
+
+class OneNoteShutdown : public Machine {
+protected:
+    /// Returns when the front-end's log has that entry on disk, which it has when the next one begins or the program
+    /// ends.
+    void AwaitEntry(const std::wstring& entry) const {
+        const Watchdog::Waiting waiting("an entry of the front-end's log");
+        while (std::ranges::count(Logged(), entry) == 0)
+            Sleep(50);
+    }
+
+    /// The log of a pass that found this program and saw it end after `waits`.
+    Entries LogOfPass(const std::wstring& name, const Entries& waits) const {
+        return Joined({{L"Begin processing", L"Begin processing", L"Checking if OneNote is running",
+                        L"Found process '" + name + L"'", L"OneNote is still running. Waiting..."},
+                       waits,
+                       {L"State: Installing - OneNote is not running, continuing with install"},
+                       LogOfExtraction(),
+                       LogOfRepair()});
+    }
+};
+
+const std::wstring CannotClose = L"ERROR: Cannot close OneNote Windows: " + SystemErrorText(REGDB_E_CLASSNOTREG);
+
+/// Registers the tests' in-process automation server for the current user as long as it lives.
+class RegisteredAutomation {
+public:
+    RegisteredAutomation() {
+        SetValue(Server, nullptr, REG_SZ, Bytes((ProgramFolder() / "onenote-server.dll").wstring()));
+        SetValue(Server, L"ThreadingModel", REG_SZ, Bytes(L"Apartment"));
+    }
+    RegisteredAutomation(const RegisteredAutomation&) = delete;
+    RegisteredAutomation& operator=(const RegisteredAutomation&) = delete;
+    ~RegisteredAutomation() { RegDeleteTreeW(HKEY_CURRENT_USER, Class); }
+
+private:
+    static constexpr wchar_t Class[] = L"Software\\Classes\\CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}";
+    static constexpr wchar_t Server[] =
+        L"Software\\Classes\\CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}\\InprocServer32";
+};
+
+} // namespace
+
+TEST_F(OneNoteShutdown, IsAwaitedForFiveSecondsWhileOneNoteLeaves) {
+    const TargetProgram oneNote(TargetProgram::OneNote());
+    const Program frontEnd = Start(L"/config x");
+    AwaitEntry(L"Found process 'onenote.exe'");
+    EXPECT_TRUE(frontEnd.IsRunning());
+    oneNote.TellToEnd();
+    EXPECT_EQ(frontEnd.ExitCode(), 0U);
+    EXPECT_EQ(Logged(), LogOfPass(L"onenote.exe", {}));
+}
+
+TEST_F(OneNoteShutdown, IsAwaitedForDatebookeryToo) {
+    const TargetProgram datebookery(TargetProgram::Datebookery());
+    const Program frontEnd = Start(L"/config x");
+    AwaitEntry(L"Found process 'datebk.exe'");
+    datebookery.TellToEnd();
+    EXPECT_EQ(frontEnd.ExitCode(), 0U);
+    EXPECT_EQ(Logged(), LogOfPass(L"datebk.exe", {}));
+}
+
+TEST_F(OneNoteShutdown, IsAwaitedForOnlyOneOfTwo) {
+    const TargetProgram oneNote(TargetProgram::OneNote());
+    const TargetProgram datebookery(TargetProgram::Datebookery());
+    const Program frontEnd = Start(L"/config x");
+    AwaitEntry(L"OneNote is still running. Waiting...");
+    const bool foundOneNote = std::ranges::count(Logged(), L"Found process 'onenote.exe'") == 1;
+    (foundOneNote ? oneNote : datebookery).TellToEnd();
+    EXPECT_EQ(frontEnd.ExitCode(), 0U);
+    EXPECT_EQ(Logged(), LogOfPass(foundOneNote ? L"onenote.exe" : L"datebk.exe", {}));
+    EXPECT_TRUE((foundOneNote ? datebookery : oneNote).IsRunning());
+}
+
+TEST_F(OneNoteShutdown, RealWaitTerminatesOneNoteAfterTenSecondsWithoutItsAutomation) {
+    const TargetProgram oneNote(TargetProgram::OneNote(), L"/stubborn");
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_EQ(Install(L"x"), 0U);
+    EXPECT_GE(GetTickCount64() - start, 11000U); // and a second for the payload
+    EXPECT_FALSE(oneNote.IsRunning());
+    EXPECT_EQ(oneNote.ExitCode(), 0U);
+    EXPECT_EQ(Logged(),
+              LogOfPass(L"onenote.exe",
+                        {L"OneNote is still running after 5 seconds. Attempting to close windows", CannotClose,
+                         L"OneNote is still running after 5 seconds. Attempting to terminate process"}));
+}
+
+TEST_F(OneNoteShutdown, RealWaitIsTenSecondsWithTheDelayOption) {
+    const TargetProgram oneNote(TargetProgram::OneNote(), L"/stubborn");
+    const Program frontEnd = Start(L"/delay /config x");
+    Sleep(8000);
+    EXPECT_EQ(std::ranges::count(Logged(), L"OneNote is still running. Waiting..."), 0) << "it should still be pending";
+    AwaitEntry(L"OneNote is still running after 10 seconds. Attempting to close windows");
+    oneNote.TellToEnd();
+    EXPECT_EQ(frontEnd.ExitCode(), 0U);
+    EXPECT_EQ(Logged(),
+              LogOfPass(L"onenote.exe",
+                        {L"OneNote is still running after 10 seconds. Attempting to close windows", CannotClose}));
+}
+
+TEST_F(OneNoteShutdown, RealWaitTerminatesOneNoteThatIgnoresEverythingAfterFiftyFiveSeconds) {
+    Watchdog::Allow(120);
+    const RegisteredAutomation automation;
+    const TargetProgram oneNote(TargetProgram::OneNote(), L"/stubborn");
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_EQ(Install(L"x"), 0U);
+    EXPECT_GE(GetTickCount64() - start, 56000U); // and a second for the payload
+    EXPECT_FALSE(oneNote.IsRunning());
+    EXPECT_EQ(Logged(), LogOfPass(L"onenote.exe",
+                                  {L"OneNote is still running after 5 seconds. Attempting to close windows",
+                                   L"OneNote is still running after 50 seconds. Attempting to terminate process"}));
+}
+
+TEST_F(OneNoteShutdown, RealWaitEndsWhenOneNoteClosesItsWindows) {
+    const RegisteredAutomation automation;
+    const TargetProgram oneNote(TargetProgram::OneNote());
+    EXPECT_EQ(Install(L"x"), 0U);
+    EXPECT_EQ(oneNote.ExitCode(), 0U);
+    EXPECT_EQ(Logged(),
+              LogOfPass(L"onenote.exe", {L"OneNote is still running after 5 seconds. Attempting to close windows"}));
+}

@@ -1,0 +1,57 @@
+#include "tests/support/LogText.h"
+
+#include "core/Log.h"
+#include "core/TempPath.h"
+
+#include <cstring>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <regex>
+
+namespace {
+
+std::string OwnLog() {
+    Log(false).flush();
+    return ReadBytes(TempPath(L"Vellumkit_Install.log"));
+}
+
+} // namespace
+
+std::string ReadBytes(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::wstring Utf16(const std::string& bytes) {
+    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    return text;
+}
+
+std::vector<std::wstring> ParseEntries(std::wstring log) {
+    if (log.starts_with(L'\xFEFF'))
+        log.erase(0, 1);
+    static const std::wregex EntryStart(
+        LR"(\r\n(Sun|Mon|Tue|Wed|Thu|Fri|Sat) [A-Z][a-z]{2} [ \d]\d \d\d:\d\d:\d\d \d{4} - )");
+    const std::wsregex_iterator end;
+    std::vector<std::wstring> entries;
+    for (std::wsregex_iterator entry(log.begin(), log.end(), EntryStart); entry != end;) {
+        EXPECT_TRUE(!entries.empty() || entry->position() == 0) << "The log begins with something else than an entry.";
+        const auto text = static_cast<std::size_t>(entry->position() + entry->length());
+        ++entry;
+        entries.push_back(
+            log.substr(text, entry != end ? static_cast<std::size_t>(entry->position()) - text : std::wstring::npos));
+    }
+    return entries;
+}
+
+std::vector<std::wstring> ReadEntries(const std::filesystem::path& file) {
+    return ParseEntries(Utf16(ReadBytes(file)));
+}
+
+LoggedEntries::LoggedEntries() : start_(OwnLog().size()) {}
+
+std::vector<std::wstring> LoggedEntries::Get() const {
+    return ParseEntries(Utf16(OwnLog().substr(start_)));
+}

@@ -1,0 +1,89 @@
+// Writes to the log as its arguments say, one after the other, in a process of its own: for what is true of a log's
+// first opening and of its end. Copied under other names it is another program of the product.
+//
+//     entry TEXT      begins an entry
+//     more TEXT       continues it
+//     close           closes the log
+//     threads         eight threads write a hundred entries each; the first of them opens the log
+//     grouping        the program's locale groups digits from now on
+//     number          inserts 4294967295
+//     no-temp         Windows can't name the temporary folder
+//     huge-temp       the temporary folder's name is too long
+//     write-fails     writing to a file fails from now on
+//     state           the exit code tells whether the stream still works (0) or failed (1)
+
+#include "core/Log.h"
+#include "tests/support/ImportPatch.h"
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+#include <locale>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+struct Grouping : std::numpunct<wchar_t> {
+    wchar_t do_thousands_sep() const override { return L'.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+void WriteFromThreads() {
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 8; ++thread) {
+        threads.emplace_back([thread] {
+            for (int entry = 0; entry < 100; ++entry)
+                Log(false) << std::wstring(50, static_cast<wchar_t>(L'a' + thread)) + L"|";
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+/// Returns the program's exit code so far.
+int Perform(const std::wstring& command, const wchar_t* text) {
+    if (command == L"entry")
+        Log(true) << text;
+    else if (command == L"more")
+        Log(false) << text;
+    else if (command == L"close")
+        CloseLog();
+    else if (command == L"threads")
+        WriteFromThreads();
+    else if (command == L"grouping")
+        std::locale::global(std::locale(std::locale(), new Grouping)); // owned by the locale
+    else if (command == L"number")
+        Log(false) << 4294967295U;
+    else if (command == L"no-temp")
+        SetImport(FindImport("GetTempPathW"), reinterpret_cast<void*>(+[](DWORD, wchar_t*) -> DWORD { return 0; }));
+    else if (command == L"huge-temp")
+        SetImport(FindImport("GetTempPathW"),
+                  reinterpret_cast<void*>(+[](DWORD size, wchar_t*) -> DWORD { return size + 1; }));
+    else if (command == L"write-fails")
+        SetImport(FindImport("fwrite"),
+                  reinterpret_cast<void*>(+[](const void*, size_t, size_t, FILE*) -> size_t { return 0; }));
+    else if (command == L"state")
+        return Log(false).good() ? 0 : 1;
+    else
+        return 2;
+    return 0;
+}
+
+} // namespace
+
+int main() {
+    int count = 0;
+    wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+    int result = 0;
+    for (int index = 1; index < count; ++index) {
+        const std::wstring command = arguments[index];
+        const bool hasText = command == L"entry" || command == L"more";
+        const int code = Perform(command, hasText ? arguments[++index] : L"");
+        result = code > result ? code : result;
+    }
+    LocalFree(arguments);
+    return result;
+}

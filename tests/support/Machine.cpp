@@ -1,0 +1,118 @@
+#include "tests/support/Machine.h"
+
+#include "tests/support/LogText.h"
+
+#include <iomanip>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Entries = std::vector<std::wstring>;
+
+void DeleteValue(const wchar_t* subkey, const wchar_t* name) {
+    RegDeleteKeyValueW(HKEY_CURRENT_USER, subkey, name);
+}
+
+} // namespace
+
+std::wstring SystemErrorText(HRESULT result) {
+    wchar_t text[512];
+    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                  static_cast<DWORD>(result), 0, text, 512, nullptr);
+    while (length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r'))
+        --length;
+    std::wostringstream suffix;
+    suffix << L" (0x" << std::hex << static_cast<DWORD>(result) << L")";
+    if (length != 0)
+        return std::wstring(text, length) + suffix.str();
+    std::wostringstream unknown;
+    unknown << L"Unknown error 0x" << std::hex << std::uppercase << static_cast<DWORD>(result) << suffix.str();
+    return unknown.str();
+}
+
+Entries Joined(std::initializer_list<Entries> lists) {
+    Entries joined;
+    for (const Entries& list : lists)
+        joined.insert(joined.end(), list.begin(), list.end());
+    return joined;
+}
+
+fs::path Machine::FrontEnd() {
+    return ProgramFolder().parent_path() / "VellumkitInstaller.x64.exe";
+}
+
+fs::path Machine::CopyFrontEnd() const {
+    const fs::path copy = fs::path(Temporary()) / "copy.exe";
+    fs::copy_file(FrontEnd(), copy);
+    return copy;
+}
+
+std::wstring Machine::Configuration(const std::wstring& exitCode, int milliseconds) const {
+    const std::wstring file = Temporary() + L"lab.ini";
+    WritePrivateProfileStringW(L"ElevatedInstaller", L"ExitCode", exitCode.c_str(), file.c_str());
+    WritePrivateProfileStringW(L"ElevatedInstaller", L"Milliseconds", std::to_wstring(milliseconds).c_str(),
+                               file.c_str());
+    return file;
+}
+
+DWORD Machine::Install(const std::wstring& configuration) const {
+    return Start(L"/config \"" + configuration + L'"').ExitCode();
+}
+
+Entries Machine::Logged() const {
+    return ReadEntries(Temporary() + L"Vellumkit_Install.log");
+}
+
+std::wstring Machine::PayloadCommandLine() const {
+    const Entries entries = ReadEntries(Temporary() + L"Vellumkit_Elev.log");
+    constexpr std::wstring_view Prefix = L"Command line: ";
+    return entries.empty() ? std::wstring() : entries[0].substr(Prefix.size());
+}
+
+Entries Machine::LogOfSearch() {
+    return {L"Begin processing", L"Begin processing", L"Checking if OneNote is running",
+            L"State: Installing - OneNote is not running, continuing with install"};
+}
+
+Entries Machine::LogOfExtraction(bool folderExists) const {
+    const Entries created{L"Folder does not exist, creating...", L"Done."};
+    const auto size = fs::file_size(ProgramFolder().parent_path() / "lab/elevated-installer.exe");
+    return Joined(
+        {{L"Folder path is: " + Temporary() + L"Vellumkit"},
+         folderExists ? Entries{L"Folder already exists"} : created,
+         {L"Extracting installer to " + Target(), L"    Installing file at resource id: 200 to path: " + Target(),
+          L"    Loading from resource", L"    Size of the file is: " + std::to_wstring(size),
+          L"    Writing to the given path", L"    Done.", L"Waiting for installer to finish"}});
+}
+
+Entries Machine::LogOfRepair(const std::wstring& reported, const Entries& then) {
+    const std::wstring deleting = L"Deleting registry key: HKCU\\Software\\Microsoft\\Office\\";
+    const std::wstring missing = L"Key not found";
+    return Joined(
+        {{deleting + L"14.0\\OneNote\\Resiliency\\DisabledItems\\@", missing,
+          deleting + L"15.0\\OneNote\\Resiliency\\DisabledItems\\@", missing,
+          deleting + L"16.0\\OneNote\\Resiliency\\DisabledItems\\@", missing,
+          deleting + L"14.0\\OneNote\\Security\\DisableAllAddins", missing,
+          deleting + L"15.0\\OneNote\\Security\\DisableAllAddins", missing,
+          deleting + L"16.0\\OneNote\\Security\\DisableAllAddins", missing,
+          deleting + L"OneNote\\AddIns\\Vellumkit.Addin\\LoadBehavior", missing, L"Internet Security Settings",
+          std::wstring(L"    HKCU\\") + InternetSettings + L"\\SecureProtocols - " + reported, L""},
+         then,
+         {L"Internet Security Settings",
+          std::wstring(L"    HKCU\\") + InternetPolicies + L"\\SecureProtocols - Not found", L"", L"State: Complete"}});
+}
+
+std::wstring Machine::LogOfFailure(const std::wstring& errorText) {
+    return L"ERROR: Installation failed:\n\n" + errorText;
+}
+
+void Machine::ResetSettings() {
+    for (const wchar_t* version : {L"14.0", L"15.0", L"16.0"})
+        RegDeleteTreeW(HKEY_CURRENT_USER,
+                       (std::wstring(L"Software\\Microsoft\\Office\\") + version + L"\\OneNote").c_str());
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Office\\OneNote\\AddIns\\Vellumkit.Addin");
+    DeleteValue(InternetSettings, L"SecureProtocols");
+    DeleteValue(InternetPolicies, L"SecureProtocols");
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "tests/support/Program.h"
+#include "tests/support/TestFolder.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+/// The machine on which a whole-program test runs the front-end: a temporary folder of the test's own, the current
+/// user's settings without anything that the installer changes, and what it looks like afterwards.
+class Machine : public testing::Test {
+protected:
+    /// `suffix` becomes the end of the temporary folder's name.
+    explicit Machine(const std::wstring& suffix = L"") : folder_(suffix) {}
+    void SetUp() override { ResetSettings(); }
+    void TearDown() override { ResetSettings(); }
+
+    /// The front-end that the build made.
+    static std::filesystem::path FrontEnd();
+
+    /// A copy of the front-end in the test's folder, for a test that changes it.
+    std::filesystem::path CopyFrontEnd() const;
+
+    /// Writes a configuration file that asks the stand-in for the elevated installer for this, and returns its path.
+    std::wstring Configuration(const std::wstring& exitCode, int milliseconds = 0) const;
+
+    /// Starts the front-end with that raw command line.
+    Program Start(const std::wstring& arguments) const { return Program(FrontEnd(), arguments, Temporary()); }
+
+    /// Performs an unattended pass and returns its exit code.
+    DWORD Install(const std::wstring& configuration) const;
+    DWORD Install() const { return Install(Configuration(L"0")); }
+
+    /// The user's temporary folder, with its backslash.
+    std::wstring Temporary() const { return folder_.Path().wstring() + L'\\'; }
+    std::wstring Target() const { return Temporary() + L"Vellumkit\\Vellumkit Installer.exe"; }
+
+    /// The entries of the front-end's log.
+    std::vector<std::wstring> Logged() const;
+    /// How the elevated installer was called: its whole command line.
+    std::wstring PayloadCommandLine() const;
+
+    /// The log of a pass up to the search for OneNote that found nothing.
+    static std::vector<std::wstring> LogOfSearch();
+    /// What follows up to the running payload.
+    std::vector<std::wstring> LogOfExtraction(bool folderExists = false) const;
+    /// What follows a successful payload for a user without Office, whose protocols are `reported`, `then` changed.
+    static std::vector<std::wstring> LogOfRepair(const std::wstring& reported = L"Not found",
+                                                 const std::vector<std::wstring>& then = {L"Updated to 2688"});
+    /// The last entry of a pass that failed with this error.
+    static std::wstring LogOfFailure(const std::wstring& errorText);
+
+private:
+    static void ResetSettings();
+
+    TestFolder folder_;
+};
+
+/// One list after the other.
+std::vector<std::wstring> Joined(std::initializer_list<std::vector<std::wstring>> lists);
+
+/// Windows' own message for an HRESULT and its suffix, as the log shows an error: "Access denied. (0x80070005)".
+std::wstring SystemErrorText(HRESULT result);
+
+inline constexpr wchar_t InternetSettings[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings";
+inline constexpr wchar_t InternetPolicies[] =
+    L"Software\\Policies\\Microsoft\\Windows\\CurrentVersion\\Internet Settings";

@@ -1,0 +1,21 @@
+// OneNote's automation as an in-process server: its windows are those of the lab's target programs. So a front-end
+// meets a OneNote that can be asked to close.
+
+#include "tests/support/FakeOneNote.h"
+
+namespace {
+
+FakeOneNote& OneNote() {
+    static FakeOneNote oneNote;
+    oneNote.Windows = {FindWindowW(L"LabTargetProgram", nullptr)};
+    return oneNote;
+}
+
+} // namespace
+
+STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
+    *object = nullptr;
+    if (clsid != CLSID_OneNoteApplication)
+        return CLASS_E_CLASSNOTAVAILABLE;
+    return OneNote().Factory()->QueryInterface(iid, object);
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "core/Unique.h"
+
+#include <filesystem>
+#include <string>
+
+/// A program that a test started; terminated with the object if it still runs then.
+class Program {
+public:
+    /// Starts `file` with `arguments` as its raw command line after the program's name. It sees `temporaryFolder`,
+    /// unless that is empty, as the user's temporary folder, and starts in the folder `directory`, unless that is
+    /// empty. A test failure when it can't be started.
+    explicit Program(const std::filesystem::path& file, const std::wstring& arguments = L"",
+                     const std::filesystem::path& temporaryFolder = {}, const std::filesystem::path& directory = {});
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+    Program(Program&&) = default;
+    Program& operator=(Program&&) = default;
+    ~Program();
+
+    HANDLE Handle() const { return process_.Get(); }
+    DWORD Id() const { return GetProcessId(process_.Get()); }
+    bool IsRunning() const { return WaitForSingleObject(process_.Get(), 0) == WAIT_TIMEOUT; }
+
+    /// Waits for the program's end. The watchdog ends a wait without end.
+    DWORD ExitCode() const;
+
+private:
+    UniqueHandle process_;
+};

@@ -1,0 +1,63 @@
+#include "tests/support/Registry.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+RegistrySandbox::RegistrySandbox() : path_(L"Software\\VellumkitTest" + std::to_wstring(GetCurrentProcessId())) {
+    RegCreateKeyExW(HKEY_CURRENT_USER, (path_ + L"\\User").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                    user_.Receive(), nullptr);
+    RegCreateKeyExW(HKEY_CURRENT_USER, (path_ + L"\\Classes").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                    classes_.Receive(), nullptr);
+    EXPECT_EQ(RegOverridePredefKey(HKEY_CURRENT_USER, user_.Get()), ERROR_SUCCESS);
+    EXPECT_EQ(RegOverridePredefKey(HKEY_CLASSES_ROOT, classes_.Get()), ERROR_SUCCESS);
+}
+
+RegistrySandbox::~RegistrySandbox() {
+    RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr);
+    RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+    RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
+}
+
+void SetDword(const wchar_t* subkey, const wchar_t* name, DWORD value) {
+    EXPECT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, subkey, name, REG_DWORD, &value, sizeof value), ERROR_SUCCESS);
+}
+
+void SetValue(const wchar_t* subkey, const wchar_t* name, DWORD type, const std::vector<unsigned char>& bytes) {
+    std::vector<unsigned char> guarded = bytes;
+    guarded.resize(bytes.size() + 4, 0xFF); // Windows adds to a string a NUL that stands right behind it
+    EXPECT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, subkey, name, type, guarded.data(), static_cast<DWORD>(bytes.size())),
+              ERROR_SUCCESS);
+}
+
+std::vector<unsigned char> Bytes(const std::wstring& text) {
+    std::vector<unsigned char> bytes(text.size() * sizeof(wchar_t));
+    std::memcpy(bytes.data(), text.data(), bytes.size());
+    return bytes;
+}
+
+std::optional<StoredValue> GetValue(const wchar_t* subkey, const wchar_t* name) {
+    UniqueRegistryKey key;
+    if (RegOpenKeyExW(HKEY_CURRENT_USER, subkey, 0, KEY_QUERY_VALUE, key.Receive()) != ERROR_SUCCESS)
+        return std::nullopt;
+    StoredValue value{0, std::vector<unsigned char>(1024)};
+    auto size = static_cast<DWORD>(value.bytes.size());
+    if (RegQueryValueExW(key.Get(), name, nullptr, &value.type, value.bytes.data(), &size) != ERROR_SUCCESS)
+        return std::nullopt;
+    value.bytes.resize(size);
+    return value;
+}
+
+std::ostream& operator<<(std::ostream& stream, const StoredValue& value) {
+    return stream << "type " << value.type << ": " << testing::PrintToString(value.bytes);
+}
+
+std::optional<StoredValue> Dword(DWORD value) {
+    std::vector<unsigned char> bytes(sizeof value);
+    std::memcpy(bytes.data(), &value, sizeof value);
+    return StoredValue{REG_DWORD, bytes};
+}
+
+bool KeyExists(const wchar_t* subkey) {
+    UniqueRegistryKey key;
+    return RegOpenKeyExW(HKEY_CURRENT_USER, subkey, 0, KEY_QUERY_VALUE, key.Receive()) == ERROR_SUCCESS;
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "core/Unique.h"
+
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+/// Sends HKEY_CURRENT_USER and HKEY_CLASSES_ROOT of this process to empty keys as long as it lives.
+class RegistrySandbox {
+public:
+    RegistrySandbox();
+    RegistrySandbox(const RegistrySandbox&) = delete;
+    RegistrySandbox& operator=(const RegistrySandbox&) = delete;
+    ~RegistrySandbox();
+
+private:
+    std::wstring path_;
+    UniqueRegistryKey user_;
+    UniqueRegistryKey classes_;
+};
+
+// Short forms for HKEY_CURRENT_USER; a null name is the default value. A test failure when the call fails.
+
+void SetDword(const wchar_t* subkey, const wchar_t* name, DWORD value);
+void SetValue(const wchar_t* subkey, const wchar_t* name, DWORD type, const std::vector<unsigned char>& bytes);
+
+/// The bytes of UTF-16 text, just as many as it has characters.
+std::vector<unsigned char> Bytes(const std::wstring& text);
+
+struct StoredValue {
+    DWORD type;
+    std::vector<unsigned char> bytes;
+    bool operator==(const StoredValue&) const = default;
+    friend std::ostream& operator<<(std::ostream& stream, const StoredValue& value);
+};
+
+/// Nothing when the key or the value is missing.
+std::optional<StoredValue> GetValue(const wchar_t* subkey, const wchar_t* name);
+std::optional<StoredValue> Dword(DWORD value);
+bool KeyExists(const wchar_t* subkey);

@@ -1,0 +1,18 @@
+#include "core/Log.h"
+#include "tests/support/TestFolder.h"
+#include "tests/support/Watchdog.h"
+
+#include <gtest/gtest.h>
+
+/// Every test program has a temporary folder of its own, made before anything asks for it.
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    if (GTEST_FLAG_GET(list_tests))
+        return RUN_ALL_TESTS();
+    const TestFolder folder;
+    SetEnvironmentVariableW(L"TMP", folder.Path().c_str());
+    Watchdog::Start();
+    const int result = RUN_ALL_TESTS();
+    CloseLog(); // so that the folder can go
+    return result;
+}

@@ -1,0 +1,46 @@
+// A windowed program guarded like the front-end that meets the error its argument names and catches none.
+
+#include "app/AbnormalEnd.h"
+
+#include <windows.h>
+
+#include <comdef.h>
+
+#include <cstdlib>
+#include <stdexcept>
+#include <string_view>
+#include <thread>
+
+namespace {
+
+[[noreturn]] DWORD WINAPI Throw(void* /*context*/) {
+    throw std::runtime_error("an error that nothing catches");
+}
+
+void ThrowWithoutLeave() noexcept {
+    Throw(nullptr);
+}
+
+} // namespace
+
+int WINAPI wWinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, wchar_t* commandLine, int /*show*/) {
+    EndProcessOnUncaughtErrors();
+    const std::wstring_view error = commandLine;
+    if (error == L"com")
+        throw _com_error(E_FAIL);
+    if (error == L"standard")
+        Throw(nullptr);
+    if (error == L"thread")
+        std::thread(Throw, nullptr).join();
+    if (error == L"pool") {
+        QueueUserWorkItem(Throw, nullptr, 0);
+        Sleep(INFINITE);
+    }
+    if (error == L"noexcept")
+        ThrowWithoutLeave();
+    if (error == L"fault")
+        RaiseException(static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION), 0, 0, nullptr);
+    if (error == L"abort")
+        std::abort();
+    return 0;
+}
