@@ -15,6 +15,13 @@ void DeleteValue(const wchar_t* subkey, const wchar_t* name) {
     RegDeleteKeyValueW(HKEY_CURRENT_USER, subkey, name);
 }
 
+std::wstring Lines(const Entries& entries) {
+    std::wstring lines;
+    for (const std::wstring& entry : entries)
+        lines += entry + L'\n';
+    return lines;
+}
+
 } // namespace
 
 std::wstring SystemErrorText(HRESULT result) {
@@ -63,6 +70,10 @@ DWORD Machine::Install(const std::wstring& configuration) const {
 
 Entries Machine::Logged() const {
     return ReadEntries(Temporary() + L"Vellumkit_Install.log");
+}
+
+void Machine::ExpectLog(const Entries& expected) const {
+    EXPECT_EQ(Lines(Logged()), Lines(expected));
 }
 
 std::wstring Machine::PayloadCommandLine() const {

@@ -38,6 +38,8 @@ protected:
 
     /// The entries of the front-end's log.
     std::vector<std::wstring> Logged() const;
+    /// Compares them all, in order; a failure shows the lines that differ.
+    void ExpectLog(const std::vector<std::wstring>& expected) const;
     /// How the elevated installer was called: its whole command line.
     std::wstring PayloadCommandLine() const;
 

@@ -62,3 +62,16 @@ DWORD Program::ExitCode() const {
     EXPECT_TRUE(GetExitCodeProcess(process_.Get(), &code));
     return code;
 }
+
+HWND AwaitWindow(const Program& program, const wchar_t* windowClass) {
+    const Watchdog::Waiting waiting("a window of a program that the test started");
+    for (;; Sleep(20)) {
+        HWND window = nullptr;
+        while ((window = FindWindowExW(nullptr, window, windowClass, nullptr)) != nullptr) {
+            DWORD owner = 0;
+            GetWindowThreadProcessId(window, &owner);
+            if (owner == program.Id())
+                return window;
+        }
+    }
+}

@@ -29,3 +29,6 @@ public:
 private:
     UniqueHandle process_;
 };
+
+/// Waits until the program has a top-level window of that class, visible or not, and returns it.
+HWND AwaitWindow(const Program& program, const wchar_t* windowClass);

@@ -11,6 +11,7 @@ TestFolder::TestFolder(const std::wstring& suffix) {
     GetTempPathW(static_cast<DWORD>(temporary.size()), temporary.data());
     path_ = fs::path(temporary.data()) /
             (L"vellumkit-test-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count) + suffix);
+    fs::remove_all(path_); // what a test program that was ended left behind
     fs::create_directories(path_);
 }
 
