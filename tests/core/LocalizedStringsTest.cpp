@@ -109,27 +109,25 @@ TEST(Languages, AreReplacedAsAWhole) {
 TEST(EnglishTexts, AreExact) {
     EXPECT_EQ(
         TextsOf(L"en"),
-        (Texts{L"&Close", L"Get &Help", L"&Retry >", L"&Start OneNote",
-               L"Failed to create temporary file. Make sure you have enough disk space and then click Retry.",
-               L"Failed to check whether OneNote is running or not.", L"Installation failed:",
-               L"Failed to read installation resource.", L"Checking requirements...",
-               L"Installation of Vellumkit add-in for OneNote is completed.", L"Installing. Please wait...",
-               L"OneNote or Datebookery is running, please close them before continuing. If you have just closed, "
-               L"please wait a bit and retry."}));
+        (Texts{
+            L"&Close", L"Get &Help", L"&Retry >", L"&Start OneNote",
+            L"Failed to create temporary file. Make sure you have enough disk space and then click Retry.",
+            L"Failed to check whether OneNote is running or not.", L"Installation failed:",
+            L"Failed to read installation resource.", L"Checking requirements...",
+            L"Installation of Vellumkit add-in for OneNote is completed.", L"Installing. Please wait...",
+            L"OneNote or Datebookery is running, please close them before continuing. If you have just closed, please wait a bit and retry."}));
 }
 
 TEST(GermanTexts, AreExact) {
     EXPECT_EQ(
         TextsOf(L"de"),
-        (Texts{L"&Schließen", L"&Hilfe erhalten", L"W&iederholen >", L"&OneNote starten",
-               L"Fehler beim Erzeugen einer Temporärdatei. Stellen Sie sicher, dass ausreichend Speicherplatz auf "
-               L"der Platte vorhanden ist und klicken Sie auf Wiederholen",
-               L"Fehler bei der Prüfung ob OneNote läuft oder nicht.", L"Installation fehlgeschlagen:",
-               L"Fehler beim Lesen aus der Installationsressource.", L"Prüfe Systemvoraussetzungen...",
-               L"Die Installation des Vellumkit Add-Ins für OneNote ist abgeschlossen.",
-               L"Installieren. Bitte warten...",
-               L"OneNote oder Datebookery läuft gerade. Bitte schließen Sie beide bevor Sie weitermachen. Wenn Sie "
-               L"sie gerade geschlossen haben, warten Sie einen Moment und versuchen Sie es dann erneut."}));
+        (Texts{
+            L"&Schließen", L"&Hilfe erhalten", L"W&iederholen >", L"&OneNote starten",
+            L"Fehler beim Erzeugen einer Temporärdatei. Stellen Sie sicher, dass ausreichend Speicherplatz auf der Platte vorhanden ist und klicken Sie auf Wiederholen",
+            L"Fehler bei der Prüfung ob OneNote läuft oder nicht.", L"Installation fehlgeschlagen:",
+            L"Fehler beim Lesen aus der Installationsressource.", L"Prüfe Systemvoraussetzungen...",
+            L"Die Installation des Vellumkit Add-Ins für OneNote ist abgeschlossen.", L"Installieren. Bitte warten...",
+            L"OneNote oder Datebookery läuft gerade. Bitte schließen Sie beide bevor Sie weitermachen. Wenn Sie sie gerade geschlossen haben, warten Sie einen Moment und versuchen Sie es dann erneut."}));
 }
 
 TEST(CzechTexts, HaveTwoCaptionsWithoutMnemonicAndATrailingBlank) {

@@ -35,7 +35,10 @@ TEST_F(UniqueHandles, AreClosedOnce) {
 }
 
 TEST_F(UniqueHandles, AreNotClosedWhenTheyAreNone) {
-    { const UniqueNumber none, invalid(-1); }
+    {
+        const UniqueNumber none;
+        const UniqueNumber invalid(-1);
+    }
     EXPECT_TRUE(Closed().empty());
 }
 

@@ -14,7 +14,7 @@ protected:
     /// A copy of the front-end that calls another function instead of one that it imports. The loader binds by name, so
     /// the new name must not be longer and the library must have it.
     std::filesystem::path WithImportRenamed(const std::string& from, const std::string& to) const {
-        const std::filesystem::path program = CopyFrontEnd();
+        std::filesystem::path program = CopyFrontEnd();
         std::string bytes = ReadBytes(program);
         const std::string name = from + '\0';
         const std::size_t position = bytes.find(name);

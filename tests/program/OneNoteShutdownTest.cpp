@@ -16,7 +16,7 @@ protected:
     std::wstring AwaitEntry(const std::wstring& start) const {
         const Watchdog::Waiting waiting("an entry of the front-end's log");
         for (;; Sleep(20)) {
-            const std::wstring log = Utf16(ReadBytes(Temporary() + L"Vellumkit_Install.log"));
+            std::wstring log = Utf16(ReadBytes(Temporary() + L"Vellumkit_Install.log"));
             if (log.find(L" - " + start) != std::wstring::npos)
                 return log;
         }

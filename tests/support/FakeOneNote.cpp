@@ -146,7 +146,11 @@ public:
         const HRESULT answer = OneNote.Answer(FakeOneNote::Call::CreateInstance);
         if (FAILED(answer))
             return answer;
-        return (new FakeApplication(OneNote))->QueryInterface(iid, object);
+        auto* const application = new FakeApplication(OneNote);
+        application->AddRef();
+        const HRESULT result = application->QueryInterface(iid, object);
+        application->Release(); // a client that got nothing leaves nothing behind
+        return result;
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 };
@@ -155,7 +159,7 @@ public:
 
 FakeOneNote::FakeOneNote() : factory_(new FakeFactory(*this)) {
     factory_->AddRef();
-    References = 0; // this one is the fake's own
+    --References; // this one is the fake's own
 }
 
 FakeOneNote::~FakeOneNote() {

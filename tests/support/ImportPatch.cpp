@@ -12,7 +12,7 @@ void** FindImport(const char* name) {
             return function.slot;
     }
     std::fprintf(stderr, "The test program does not import %s.\n", name);
-    std::exit(3);
+    std::_Exit(3);
 }
 
 void SetImport(void** slot, void* function) {

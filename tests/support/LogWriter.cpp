@@ -19,10 +19,10 @@
 
 #include <shellapi.h>
 
+#include <array>
 #include <locale>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -32,9 +32,9 @@ struct Grouping : std::numpunct<wchar_t> {
 };
 
 void WriteFromThreads() {
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 8; ++thread) {
-        threads.emplace_back([thread] {
+    std::array<std::thread, 8> threads;
+    for (std::size_t thread = 0; thread < threads.size(); ++thread) {
+        threads.at(thread) = std::thread([thread] {
             for (int entry = 0; entry < 100; ++entry)
                 Log(false) << std::wstring(50, static_cast<wchar_t>(L'a' + thread)) + L"|";
         });

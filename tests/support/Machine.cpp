@@ -51,13 +51,13 @@ fs::path Machine::FrontEnd() {
 }
 
 fs::path Machine::CopyFrontEnd() const {
-    const fs::path copy = fs::path(Temporary()) / "copy.exe";
+    fs::path copy = fs::path(Temporary()) / "copy.exe";
     fs::copy_file(FrontEnd(), copy);
     return copy;
 }
 
 std::wstring Machine::Configuration(const std::wstring& exitCode, int milliseconds) const {
-    const std::wstring file = Temporary() + L"lab.ini";
+    std::wstring file = Temporary() + L"lab.ini";
     WritePrivateProfileStringW(L"ElevatedInstaller", L"ExitCode", exitCode.c_str(), file.c_str());
     WritePrivateProfileStringW(L"ElevatedInstaller", L"Milliseconds", std::to_wstring(milliseconds).c_str(),
                                file.c_str());

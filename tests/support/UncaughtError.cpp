@@ -17,7 +17,7 @@ namespace {
     throw std::runtime_error("an error that nothing catches");
 }
 
-void ThrowWithoutLeave() noexcept {
+void ThrowWithoutLeave() noexcept { // NOLINT(bugprone-exception-escape): that it may not is the point
     Throw(nullptr);
 }
 

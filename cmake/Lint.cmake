@@ -1,0 +1,61 @@
+# Tests that hold the sources to .clang-format and .clang-tidy, and the scripts to shellcheck. Each source is analysed
+# again only when it, a header or the configuration has changed.
+find_program(CLANG_FORMAT clang-format REQUIRED)
+find_program(CLANG_TIDY clang-tidy REQUIRED)
+find_program(SHELLCHECK shellcheck REQUIRED)
+
+function(collect_sources directory result)
+    get_property(targets DIRECTORY "${directory}" PROPERTY BUILDSYSTEM_TARGETS)
+    foreach(target IN LISTS targets)
+        get_target_property(sources ${target} SOURCES)
+        foreach(source IN LISTS sources)
+            cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY "${PROJECT_SOURCE_DIR}/${directory}" NORMALIZE)
+            list(APPEND ${result} "${source}")
+        endforeach()
+    endforeach()
+    list(FILTER ${result} INCLUDE REGEX "\\.(cpp|h)$")
+    list(REMOVE_DUPLICATES ${result})
+    set(${result} "${${result}}" PARENT_SCOPE)
+endfunction()
+
+foreach(directory core checks install ui app lab/elevated-installer lab/target-program resources tests)
+    collect_sources(${directory} linted)
+endforeach()
+
+add_test(NAME Sources.AreCleanUnderClangFormat COMMAND "${CLANG_FORMAT}" --dry-run -Werror ${linted})
+
+# clang reads the cross compiler's headers, but its own ones for what is built into it.
+set(tidy_arguments --quiet -p "${PROJECT_BINARY_DIR}" --extra-arg=--target=x86_64-w64-windows-gnu
+    --extra-arg=-nostdlibinc --extra-arg=-Wno-unknown-warning-option)
+foreach(directory IN LISTS CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES)
+    if(NOT directory MATCHES "/gcc/[^/]*/[^/]*/include(-fixed)?$")
+        list(APPEND tidy_arguments "--extra-arg=-isystem${directory}")
+    endif()
+endforeach()
+
+set(headers ${linted})
+list(FILTER headers INCLUDE REGEX "\\.h$")
+foreach(source IN LISTS linted)
+    if(source MATCHES "\\.cpp$")
+        cmake_path(RELATIVE_PATH source BASE_DIRECTORY "${PROJECT_SOURCE_DIR}" OUTPUT_VARIABLE name)
+        set(stamp "${PROJECT_BINARY_DIR}/tidy/${name}.clean")
+        cmake_path(GET stamp PARENT_PATH folder)
+        add_custom_command(OUTPUT "${stamp}"
+            COMMAND "${CLANG_TIDY}" ${tidy_arguments} "${source}"
+            COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}"
+            COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
+            DEPENDS "${source}" ${headers} "${PROJECT_SOURCE_DIR}/.clang-tidy" "${PROJECT_SOURCE_DIR}/tests/.clang-tidy"
+            COMMENT "Analysing ${name}"
+            VERBATIM)
+        list(APPEND stamps "${stamp}")
+    endif()
+endforeach()
+add_custom_target(tidy DEPENDS ${stamps})
+add_test(NAME Sources.AreCleanUnderClangTidy
+    COMMAND "${CMAKE_COMMAND}" --build "${PROJECT_BINARY_DIR}" --target tidy)
+
+add_test(NAME Scripts.AreCleanUnderShellcheck
+    COMMAND "${SHELLCHECK}" run.sh test.sh lab/machine.sh .ci/run
+    WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}")
+
+set_tests_properties(Sources.AreCleanUnderClangTidy PROPERTIES COST 1000) # begins first: it takes longest
