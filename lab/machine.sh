@@ -65,6 +65,7 @@ build() {
 enter_prefix() {
     export WINEPREFIX=$prefixes/$1 WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
     export WINEDLLOVERRIDES="winemenubuilder.exe,mscoree,mshtml="
+    export LC_ALL=C.UTF-8 # file names are UTF-8, whatever the shell speaks
     export HOME=$prefixes/home XDG_CACHE_HOME=$prefixes/home XDG_CONFIG_HOME=$prefixes/home XDG_DATA_HOME=$prefixes/home
 }
 

@@ -1,6 +1,5 @@
 #include "checks/RegistryReport.h"
 
-#include "tests/support/LogText.h"
 #include "tests/support/Registry.h"
 
 #include <gtest/gtest.h>
@@ -9,16 +8,7 @@ using namespace std::string_literals;
 
 namespace {
 
-using Entries = std::vector<std::wstring>;
-
-class RegistryReport : public testing::Test {
-protected:
-    Entries Logged() const { return log_.Get(); }
-
-private:
-    RegistrySandbox sandbox_;
-    LoggedEntries log_;
-};
+class RegistryReport : public LoggedRegistry {};
 
 } // namespace
 

@@ -1,22 +1,11 @@
 #include "core/ComError.h"
 
-#include "tests/support/ErrorInformation.h"
+#include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-/// Windows' own message, without its line break.
-std::wstring SystemMessage(DWORD code) {
-    wchar_t text[512];
-    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0,
-                                        text, 512, nullptr);
-    std::wstring message(text, length);
-    while (message.ends_with(L'\n') || message.ends_with(L'\r'))
-        message.pop_back();
-    return message;
-}
 
 class ComErrorTexts : public testing::Test {
 protected:
@@ -24,11 +13,7 @@ protected:
 };
 
 HRESULT HresultOf(DWORD code) {
-    try {
-        ThrowWin32Error(code);
-    } catch (const _com_error& error) {
-        return error.Error();
-    }
+    return ThrownBy([=] { ThrowWin32Error(code); });
 }
 
 /// A COM object that may say that its interfaces set error information.
@@ -117,16 +102,16 @@ TEST_F(ComErrorTexts, TakeTheDescriptionBeforeTheSystemsMessage) {
 
 TEST_F(ComErrorTexts, PassOverAnEmptyDescription) {
     EXPECT_EQ(ComErrorText(_com_error(E_ACCESSDENIED, MakeErrorInformation(L""))),
-              SystemMessage(ERROR_ACCESS_DENIED) + L" (0x80070005)");
+              SystemMessage(E_ACCESSDENIED) + L" (0x80070005)");
 }
 
 TEST_F(ComErrorTexts, TakeTheSystemsMessageWithoutItsLineBreak) {
-    ASSERT_FALSE(SystemMessage(ERROR_CANCELLED).empty());
+    ASSERT_FALSE(SystemMessage(HRESULT_FROM_WIN32(ERROR_CANCELLED)).empty());
     EXPECT_EQ(ComErrorText(_com_error(HRESULT_FROM_WIN32(ERROR_CANCELLED))),
-              SystemMessage(ERROR_CANCELLED) + L" (0x800704c7)");
-    EXPECT_EQ(ComErrorText(_com_error(E_ACCESSDENIED)), SystemMessage(ERROR_ACCESS_DENIED) + L" (0x80070005)");
-    EXPECT_EQ(ComErrorText(_com_error(1)), SystemMessage(ERROR_INVALID_FUNCTION) + L" (0x1)");
-    EXPECT_EQ(ComErrorText(_com_error(0)), SystemMessage(ERROR_SUCCESS) + L" (0x0)");
+              SystemMessage(HRESULT_FROM_WIN32(ERROR_CANCELLED)) + L" (0x800704c7)");
+    EXPECT_EQ(ComErrorText(_com_error(E_ACCESSDENIED)), SystemMessage(E_ACCESSDENIED) + L" (0x80070005)");
+    EXPECT_EQ(ComErrorText(_com_error(1)), SystemMessage(1) + L" (0x1)");
+    EXPECT_EQ(ComErrorText(_com_error(0)), SystemMessage(0) + L" (0x0)");
 }
 
 TEST_F(ComErrorTexts, NameACodeThatTheSystemDoesNotKnow) {

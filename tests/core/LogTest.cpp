@@ -15,8 +15,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Entries = std::vector<std::wstring>;
-
 class LogFile : public testing::Test {
 protected:
     /// Runs the log writer under the name `program` with the folder of the test as temporary folder.
@@ -58,6 +56,11 @@ TEST_F(LogFile, IsCompleteWhenTheProgramEndsWithoutClosingIt) {
 TEST_F(LogFile, LosesWhatIsWrittenAfterItsClose) {
     Write(L"entry kept close entry lost");
     EXPECT_EQ(ReadEntries(Path()), Entries{L"kept"});
+}
+
+TEST_F(LogFile, FailsWhenItCannotBeClosed) {
+    EXPECT_EQ(Write(L"entry x close state"), 0U);
+    EXPECT_EQ(Write(L"entry x close close state"), 1U) << "it was closed already";
 }
 
 TEST_F(LogFile, GroupsNoDigitsWhateverTheLocale) {

@@ -1,41 +1,22 @@
 #include "core/RegistryEntry.h"
 
 #include "core/ComError.h"
-#include "tests/support/ErrorInformation.h"
+#include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
-#include "tests/support/LogText.h"
 #include "tests/support/Registry.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using Entries = std::vector<std::wstring>;
-
 constexpr wchar_t Subkey[] = L"Software\\Vellumkit";
 
-class RegistryEntries : public testing::Test {
+class RegistryEntries : public LoggedRegistry {
 protected:
     static RegistryEntry Entry(const wchar_t* valueName) {
         return {.root = HKEY_CURRENT_USER, .subkey = Subkey, .valueName = valueName};
     }
-
-    Entries Logged() const { return log_.Get(); }
-
-private:
-    RegistrySandbox sandbox_;
-    LoggedEntries log_;
 };
-
-template <typename Action>
-HRESULT ThrownBy(Action action) {
-    try {
-        action();
-    } catch (const _com_error& error) {
-        return error.Error();
-    }
-    return S_OK;
-}
 
 /// Counts the keys that are closed as long as it lives.
 class ClosedKeys {

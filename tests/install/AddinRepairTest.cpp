@@ -1,23 +1,13 @@
 #include "install/AddinRepair.h"
 
 #include "tests/support/ImportPatch.h"
-#include "tests/support/LogText.h"
 #include "tests/support/Registry.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using Entries = std::vector<std::wstring>;
-
-class AddinRepair : public testing::Test {
-protected:
-    Entries Logged() const { return log_.Get(); }
-
-private:
-    RegistrySandbox sandbox_;
-    LoggedEntries log_;
-};
+class AddinRepair : public LoggedRegistry {};
 
 constexpr wchar_t Items14[] = L"Software\\Microsoft\\Office\\14.0\\OneNote\\Resiliency\\DisabledItems";
 constexpr wchar_t Items15[] = L"Software\\Microsoft\\Office\\15.0\\OneNote\\Resiliency\\DisabledItems";

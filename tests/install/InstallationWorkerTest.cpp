@@ -7,7 +7,6 @@
 #include "core/TempPath.h"
 #include "core/Unique.h"
 #include "tests/support/ImportPatch.h"
-#include "tests/support/LogText.h"
 #include "tests/support/Registry.h"
 #include "ui/ScreenState.h"
 
@@ -23,11 +22,9 @@
 
 namespace {
 
-using Entries = std::vector<std::wstring>;
-
 /// A pass with the stand-in for the elevated installer, which returns the exit code that a configuration file asks for;
 /// the second before the wait for it takes no time.
-class Worker : public testing::Test {
+class Worker : public LoggedRegistry {
 protected:
     void SetUp() override {
         LoadLocalizedStrings(L"en");
@@ -51,7 +48,6 @@ protected:
         WritePrivateProfileStringW(L"ElevatedInstaller", L"ExitCode", code, ConfigPath.c_str());
     }
 
-    Entries Logged() const { return log_.Get(); }
     bool HasLogged(const std::wstring& entry) const { return std::ranges::count(Logged(), entry) == 1; }
 
     static bool IsOpen(HANDLE handle) {
@@ -77,8 +73,6 @@ private:
         return TRUE;
     }
 
-    RegistrySandbox sandbox_;
-    LoggedEntries log_;
     ImportPatch<decltype(Sleep)> sleep_{"Sleep", [](DWORD milliseconds) { Slept.push_back(milliseconds); }};
     ImportPatch<decltype(ShellExecuteExW)> execute_{"ShellExecuteExW", Execute};
 };

@@ -3,6 +3,7 @@
 #include "app/ProcessState.h"
 #include "core/ComError.h"
 #include "tests/support/ComApartment.h"
+#include "tests/support/ComErrors.h"
 #include "tests/support/FakeOneNote.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LabPrograms.h"
@@ -17,8 +18,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-using Entries = std::vector<std::wstring>;
 
 const std::wstring Checking = L"Checking if OneNote is running";
 
@@ -45,15 +44,6 @@ class ListFails {
                                                     return FALSE;
                                                 }};
 };
-
-HRESULT ThrownByFind() {
-    try {
-        FindOneNoteProcess();
-    } catch (const _com_error& error) {
-        return error.Error();
-    }
-    return S_OK;
-}
 
 class OneNoteSearch : public testing::Test {
 protected:
@@ -163,7 +153,7 @@ TEST_F(OneNoteSearch, FindsNothingInAnEmptyList) {
 
 TEST_F(OneNoteSearch, FailsWhenTheProcessesCannotBeListed) {
     const ListFails fails;
-    EXPECT_EQ(ThrownByFind(), E_UNEXPECTED);
+    EXPECT_EQ(ThrownBy(FindOneNoteProcess), E_UNEXPECTED);
     EXPECT_EQ(Logged(), (Entries{Checking, L"ERROR: Failed to get list of processes: 8"}));
 }
 

@@ -4,6 +4,7 @@
 #include "core/ComError.h"
 #include "core/TempPath.h"
 #include "core/Unique.h"
+#include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LogText.h"
 #include "tests/support/TestFolder.h"
@@ -17,19 +18,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-using Entries = std::vector<std::wstring>;
-
-template <typename Action>
-HRESULT ThrownBy(Action action) {
-    try {
-        action();
-    } catch (const _com_error& error) {
-        return error.Error();
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return S_OK;
-}
 
 /// The payload of the test program is the stand-in for the elevated installer.
 class Payload : public testing::Test {

@@ -1,15 +1,12 @@
 #include "install/SecureProtocols.h"
 
-#include "core/ComError.h"
+#include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
-#include "tests/support/LogText.h"
 #include "tests/support/Registry.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-using Entries = std::vector<std::wstring>;
 
 constexpr wchar_t Settings[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings";
 constexpr wchar_t Line[] =
@@ -25,14 +22,7 @@ Entries ReportAndThen(const wchar_t* value, std::initializer_list<std::wstring> 
     return entries;
 }
 
-class SecureProtocols : public testing::Test {
-protected:
-    Entries Logged() const { return log_.Get(); }
-
-private:
-    RegistrySandbox sandbox_;
-    LoggedEntries log_;
-};
+class SecureProtocols : public LoggedRegistry {};
 
 struct Case {
     const char* name;
@@ -46,12 +36,7 @@ struct Case {
 class SecureProtocolsOfADword : public SecureProtocols, public testing::WithParamInterface<Case> {};
 
 HRESULT ThrownByUpdate() {
-    try {
-        UpdateSecureProtocols(Settings, true);
-    } catch (const _com_error& error) {
-        return error.Error();
-    }
-    return S_OK;
+    return ThrownBy([] { UpdateSecureProtocols(Settings, true); });
 }
 
 } // namespace

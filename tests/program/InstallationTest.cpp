@@ -12,8 +12,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Entries = std::vector<std::wstring>;
-
 class Installation : public Machine {
 protected:
     using Machine::Machine;

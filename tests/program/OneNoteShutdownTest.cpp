@@ -8,8 +8,6 @@
 
 namespace {
 
-using Entries = std::vector<std::wstring>;
-
 class OneNoteShutdown : public Machine {
 protected:
     /// Returns the log when it has an entry that begins so. It has one on disk when the next one begins.

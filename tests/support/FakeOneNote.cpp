@@ -1,6 +1,6 @@
 #include "tests/support/FakeOneNote.h"
 
-#include "tests/support/ErrorInformation.h"
+#include "tests/support/ComErrors.h"
 
 namespace {
 

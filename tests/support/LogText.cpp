@@ -29,13 +29,13 @@ std::wstring Utf16(const std::string& bytes) {
     return text;
 }
 
-std::vector<std::wstring> ParseEntries(std::wstring log) {
+Entries ParseEntries(std::wstring log) {
     if (log.starts_with(L'\xFEFF'))
         log.erase(0, 1);
     static const std::wregex EntryStart(
         LR"(\r\n(Sun|Mon|Tue|Wed|Thu|Fri|Sat) [A-Z][a-z]{2} [ \d]\d \d\d:\d\d:\d\d \d{4} - )");
     const std::wsregex_iterator end;
-    std::vector<std::wstring> entries;
+    Entries entries;
     for (std::wsregex_iterator entry(log.begin(), log.end(), EntryStart); entry != end;) {
         EXPECT_TRUE(!entries.empty() || entry->position() == 0) << "The log begins with something else than an entry.";
         const auto text = static_cast<std::size_t>(entry->position() + entry->length());
@@ -46,12 +46,12 @@ std::vector<std::wstring> ParseEntries(std::wstring log) {
     return entries;
 }
 
-std::vector<std::wstring> ReadEntries(const std::filesystem::path& file) {
+Entries ReadEntries(const std::filesystem::path& file) {
     return ParseEntries(Utf16(ReadBytes(file)));
 }
 
 LoggedEntries::LoggedEntries() : start_(OwnLog().size()) {}
 
-std::vector<std::wstring> LoggedEntries::Get() const {
+Entries LoggedEntries::Get() const {
     return ParseEntries(Utf16(OwnLog().substr(start_)));
 }

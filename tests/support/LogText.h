@@ -5,24 +5,26 @@
 #include <string>
 #include <vector>
 
+/// The texts of a log's entries, without line breaks and timestamps.
+using Entries = std::vector<std::wstring>;
+
 /// A log's bytes.
 std::string ReadBytes(const std::filesystem::path& file);
 
 /// UTF-16LE bytes as text.
 std::wstring Utf16(const std::string& bytes);
 
-/// The texts of a log's entries, without line breaks and timestamps. A test failure when the text is not made of
-/// entries from its first character on (after the byte-order mark, if there is one).
-std::vector<std::wstring> ParseEntries(std::wstring log);
+/// A test failure when the text is not made of entries from its first character on (after the byte-order mark, if any).
+Entries ParseEntries(std::wstring log);
 
 /// The entries of a log file.
-std::vector<std::wstring> ReadEntries(const std::filesystem::path& file);
+Entries ReadEntries(const std::filesystem::path& file);
 
 /// What the test's own process logs from the object's construction on.
 class LoggedEntries {
 public:
     LoggedEntries();
-    std::vector<std::wstring> Get() const;
+    Entries Get() const;
 
 private:
     std::size_t start_;

@@ -1,6 +1,6 @@
 #include "tests/support/Machine.h"
 
-#include "tests/support/LogText.h"
+#include "tests/support/ComErrors.h"
 
 #include <iomanip>
 #include <sstream>
@@ -8,8 +8,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-using Entries = std::vector<std::wstring>;
 
 void DeleteValue(const wchar_t* subkey, const wchar_t* name) {
     RegDeleteKeyValueW(HKEY_CURRENT_USER, subkey, name);
@@ -25,15 +23,11 @@ std::wstring Lines(const Entries& entries) {
 } // namespace
 
 std::wstring SystemErrorText(HRESULT result) {
-    wchar_t text[512];
-    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                  static_cast<DWORD>(result), 0, text, 512, nullptr);
-    while (length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r'))
-        --length;
     std::wostringstream suffix;
     suffix << L" (0x" << std::hex << static_cast<DWORD>(result) << L")";
-    if (length != 0)
-        return std::wstring(text, length) + suffix.str();
+    const std::wstring message = SystemMessage(result);
+    if (!message.empty())
+        return message + suffix.str();
     std::wostringstream unknown;
     unknown << L"Unknown error 0x" << std::hex << std::uppercase << static_cast<DWORD>(result) << suffix.str();
     return unknown.str();

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "tests/support/LogText.h"
 #include "tests/support/Program.h"
 #include "tests/support/TestFolder.h"
 
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 /// The machine on which a whole-program test runs the front-end: a temporary folder of the test's own, the current
 /// user's settings without anything that the installer changes, and what it looks like afterwards.
@@ -37,19 +37,18 @@ protected:
     std::wstring Target() const { return Temporary() + L"Vellumkit\\Vellumkit Installer.exe"; }
 
     /// The entries of the front-end's log.
-    std::vector<std::wstring> Logged() const;
+    Entries Logged() const;
     /// Compares them all, in order; a failure shows the lines that differ.
-    void ExpectLog(const std::vector<std::wstring>& expected) const;
+    void ExpectLog(const Entries& expected) const;
     /// How the elevated installer was called: its whole command line.
     std::wstring PayloadCommandLine() const;
 
     /// The log of a pass up to the search for OneNote that found nothing.
-    static std::vector<std::wstring> LogOfSearch();
+    static Entries LogOfSearch();
     /// What follows up to the running payload.
-    std::vector<std::wstring> LogOfExtraction(bool folderExists = false) const;
+    Entries LogOfExtraction(bool folderExists = false) const;
     /// What follows a successful payload for a user without Office, whose protocols are `reported`, `then` changed.
-    static std::vector<std::wstring> LogOfRepair(const std::wstring& reported = L"Not found",
-                                                 const std::vector<std::wstring>& then = {L"Updated to 2688"});
+    static Entries LogOfRepair(const std::wstring& reported = L"Not found", const Entries& then = {L"Updated to 2688"});
     /// The last entry of a pass that failed with this error.
     static std::wstring LogOfFailure(const std::wstring& errorText);
 
@@ -60,7 +59,7 @@ private:
 };
 
 /// One list after the other.
-std::vector<std::wstring> Joined(std::initializer_list<std::vector<std::wstring>> lists);
+Entries Joined(std::initializer_list<Entries> lists);
 
 /// Windows' own message for an HRESULT and its suffix, as the log shows an error: "Access denied. (0x80070005)".
 std::wstring SystemErrorText(HRESULT result);

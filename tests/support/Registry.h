@@ -1,7 +1,9 @@
 #pragma once
 
 #include "core/Unique.h"
+#include "tests/support/LogText.h"
 
+#include <gtest/gtest.h>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -19,6 +21,16 @@ private:
     std::wstring path_;
     UniqueRegistryKey user_;
     UniqueRegistryKey classes_;
+};
+
+/// A test of code that changes the registry and logs what it does.
+class LoggedRegistry : public testing::Test {
+protected:
+    Entries Logged() const { return log_.Get(); }
+
+private:
+    RegistrySandbox sandbox_;
+    LoggedEntries log_;
 };
 
 // Short forms for HKEY_CURRENT_USER; a null name is the default value. A test failure when the call fails.
