@@ -3,7 +3,6 @@
 #
 #   lab/machine.sh packages           installs what is missing
 #   lab/machine.sh build [TARGET...]  builds the release
-#   lab/machine.sh start PREFIX       keeps Wine running in a prefix, for many programs in a row
 #   lab/machine.sh wine PROGRAM...    runs a Windows program in the prefix that VELLUMKIT_PREFIX names (default: "lab")
 #   lab/machine.sh display COMMAND... runs a command on a virtual display, and ends what still runs in the prefixes
 #
@@ -88,15 +87,6 @@ make_prefix() (
     fi
 )
 
-# For many programs in a row: Wine's own processes stay between them. The first program passes its output on to them, and
-# who reads that output waits for their end; so the first one is one that nobody reads.
-start() {
-    [ -e "$prefixes/$1.made" ] || make_prefix "$1"
-    enter_prefix "$1"
-    wineserver --persistent >/dev/null 2>&1 || [ $? = 2 ] # 2: it runs already
-    wine cmd /c exit >/dev/null 2>&1
-}
-
 run_wine() {
     local prefix=${VELLUMKIT_PREFIX:-lab}
     [ -e "$prefixes/$prefix.made" ] || make_prefix "$prefix"
@@ -120,8 +110,7 @@ shift || true
 case $command in
 packages) install_packages ;;
 build) build "$@" ;;
-start) start "$1" ;;
 wine) run_wine "$@" ;;
 display) run_on_virtual_display "$@" ;;
-*) fail "commands: packages, build, start, wine, display" ;;
+*) fail "commands: packages, build, wine, display" ;;
 esac
