@@ -30,6 +30,11 @@ private:
     TestFolder folder_{L" ж"};
 };
 
+/// What the test's own log has on disk.
+std::wstring OnDisk() {
+    return Utf16(ReadBytes(TempPath(L"Vellumkit_Install.log")));
+}
+
 } // namespace
 
 TEST_F(LogFile, StartsWithByteOrderMarkAndLineBreak) {
@@ -118,12 +123,10 @@ TEST(Log, BeginsAnEntryWithTheLocalTime) {
     const std::time_t before = std::time(nullptr);
     const LoggedEntries entries;
     Log(true) << L"x";
-    const std::wstring bytes = Utf16(ReadBytes(fs::temp_directory_path() / "Vellumkit_Install.log"));
-    Log(false).flush();
     EXPECT_EQ(entries.Get(), Entries{L"x"});
 
     std::tm time{};
-    std::wistringstream text(Utf16(ReadBytes(fs::temp_directory_path() / "Vellumkit_Install.log")));
+    std::wistringstream text(OnDisk());
     text.seekg(static_cast<std::streamoff>(text.str().rfind(L"\r\n") + 2));
     text >> std::get_time(&time, L"%a %b %d %H:%M:%S %Y");
     ASSERT_FALSE(text.fail());
@@ -145,23 +148,22 @@ TEST(Log, PadsTheDayWithABlankAndTheTimeWithZeros) {
     fixed = std::mktime(&local);
     const ImportPatch<std::time_t(std::time_t*)> time("_time64", [](std::time_t*) { return fixed; });
     Log(true) << L"x" << std::flush;
-    const std::wstring log = Utf16(ReadBytes(fs::temp_directory_path() / "Vellumkit_Install.log"));
+    const std::wstring log = OnDisk();
     EXPECT_EQ(log.substr(log.rfind(L"\r\n")), L"\r\nMon Nov  6 00:09:08 2023 - x");
 }
 
 TEST(Log, LeavesTheTimeOutWhenItCannotBeReadOrConverted) {
     const ImportPatch<std::time_t(std::time_t*)> time("_time64", [](std::time_t*) -> std::time_t { return -1; });
     Log(true) << L"x" << std::flush;
-    const std::wstring log = Utf16(ReadBytes(fs::temp_directory_path() / "Vellumkit_Install.log"));
+    const std::wstring log = OnDisk();
     EXPECT_EQ(log.substr(log.rfind(L"\r\n")), L"\r\n - x");
 }
 
 TEST(Log, PutsAnEntryOnDiskWhenTheNextOneBegins) {
-    const fs::path file = fs::temp_directory_path() / "Vellumkit_Install.log";
     Log(true) << L"short";
-    EXPECT_FALSE(Utf16(ReadBytes(file)).ends_with(L"short")) << "it is still in memory";
+    EXPECT_FALSE(OnDisk().ends_with(L"short")) << "it is still in memory";
     Log(true);
-    EXPECT_TRUE(Utf16(ReadBytes(file)).ends_with(L"short\r\n"));
+    EXPECT_TRUE(OnDisk().ends_with(L"short\r\n"));
 }
 
 TEST(Log, ContinuesAnEntryWithoutAPrefix) {
@@ -187,9 +189,8 @@ TEST(Log, TakesTheStandardManipulatorsAndKeepsThem) {
 
 TEST(Log, MayBeReadAndWrittenByOthersWhileItIsOpen) {
     Log(true);
-    const fs::path file = fs::temp_directory_path() / "Vellumkit_Install.log";
-    const UniqueHandle other(CreateFileW(file.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                         nullptr, OPEN_EXISTING, 0, nullptr));
+    const UniqueHandle other(CreateFileW(TempPath(L"Vellumkit_Install.log").c_str(), GENERIC_READ | GENERIC_WRITE,
+                                         FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
     EXPECT_TRUE(other);
 }
 
