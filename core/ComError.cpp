@@ -5,6 +5,18 @@
 
 namespace {
 
+// Windows' own message, with inserts such as "%1" as they stand. `_com_error::ErrorMessage` alone does not do: one
+// compiler's asks for the inserts' arguments too, and so gets no message that has one (ERROR_BAD_EXE_FORMAT).
+std::wstring SystemMessage(HRESULT result) {
+    std::array<wchar_t, 4096> text{};
+    const DWORD length =
+        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, static_cast<DWORD>(result),
+                       0, text.data(), static_cast<DWORD>(text.size()), nullptr);
+    std::wstring message(text.data(), length);
+    message.erase(message.find_last_not_of(L"\r\n") + 1);
+    return message;
+}
+
 std::wstring Message(const _com_error& error) {
     const auto custom = CustomErrorTexts.find(error.Error());
     if (custom != CustomErrorTexts.end() && !custom->second.empty())
@@ -14,8 +26,12 @@ std::wstring Message(const _com_error& error) {
     if (description.length() != 0)
         return {static_cast<const wchar_t*>(description), description.length()};
 
-    const wchar_t* const systemMessage = error.ErrorMessage();
-    return systemMessage != nullptr ? systemMessage : L"";
+    std::wstring systemMessage = SystemMessage(error.Error());
+    if (!systemMessage.empty())
+        return systemMessage;
+
+    const wchar_t* const unknown = error.ErrorMessage();
+    return unknown != nullptr ? unknown : L"";
 }
 
 } // namespace
@@ -24,7 +40,7 @@ void ThrowWin32Error(DWORD code) {
     throw _com_error(HRESULT_FROM_WIN32(code));
 }
 
-void ThrowIfFailed(LSTATUS status) {
+void ThrowIfWin32Failed(LSTATUS status) {
     if (status != ERROR_SUCCESS)
         ThrowWin32Error(static_cast<DWORD>(status));
 }

@@ -31,7 +31,7 @@ struct Language {
     const std::array<const wchar_t*, TextCount>& texts;
 };
 
-/// In matching order: English first, so that a name that starts with "en" is English before anything else is tried.
+/// In the order in which a locale name is matched against them.
 constexpr std::array Languages{
     Language{L"en", L"English", English},
     Language{L"zh-CN", L"中文(简体)", SimplifiedChinese},

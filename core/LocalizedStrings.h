@@ -5,7 +5,8 @@
 #include <string_view>
 #include <vector>
 
-/// The texts that the installer window shows, in the order of the language files.
+/// The texts that the installer window shows, in the order of the language files. The first four are captions of
+/// buttons, where "&" stands before the mnemonic. Blanks at an end belong to the text.
 enum StringId : std::uint8_t {
     StrClose,
     StrGetHelp,

@@ -11,6 +11,7 @@
 #include <ctime>
 #include <cwchar>
 #include <locale>
+#include <mutex>
 #include <streambuf>
 #include <string>
 #include <string_view>
@@ -54,13 +55,14 @@ public:
     }
 
     bool Close() {
+        const std::lock_guard lock(mutex_);
         std::FILE* const file = std::exchange(file_, nullptr);
         return file != nullptr && std::fclose(file) == 0;
     }
 
 protected:
-    /// The runtime locks the file for the length of one fwrite, so that no insertion is split.
     std::streamsize xsputn(const wchar_t* text, std::streamsize count) override {
+        const std::lock_guard lock(mutex_);
         if (file_ == nullptr)
             return 0;
         return static_cast<std::streamsize>(std::fwrite(text, sizeof(wchar_t), static_cast<std::size_t>(count), file_));
@@ -71,11 +73,16 @@ protected:
         return xsputn(&text, 1) == 1 ? character : traits_type::eof();
     }
 
-    int sync() override { return file_ != nullptr && std::fflush(file_) == 0 ? 0 : -1; }
+    int sync() override {
+        const std::lock_guard lock(mutex_);
+        return file_ != nullptr && std::fflush(file_) == 0 ? 0 : -1;
+    }
 
 private:
+    // The runtime would take memory for each file; the log needs none, also when there is none left.
     static inline std::array<wchar_t, 1024> FileBuffer{};
 
+    std::mutex mutex_; // one insertion is one write; a thread may write while another one closes the file
     std::FILE* file_ = nullptr;
 };
 

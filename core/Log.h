@@ -10,10 +10,13 @@
 ///
 /// `Log(true) << L"Updated to " << 2720;`
 ///
-/// Manipulators work as on every stream, and stay set for later entries. A file that can't be opened or written changes
-/// nothing for the caller: the stream fails and swallows what follows. No exception leaves it.
-/// Any thread may write. One insertion is never split, but the entries of two threads may interleave.
+/// Manipulators work as on every stream, and stay set for later entries of every thread. A file that can't be opened or
+/// written changes nothing for the caller: the stream fails for good and swallows what follows. It throws only when
+/// there is no memory left.
+/// Any thread may write. One insertion is never split, unless `std::setw` pads it; the entries of two threads may
+/// interleave.
 std::wostream& Log(bool withPrefix);
 
-/// Writes what is pending and closes the file; later texts vanish. A failure only marks the stream as failed.
+/// Writes what is pending and closes the file; later texts vanish, also those of a thread that is writing now. A
+/// failure only marks the stream as failed. Any thread.
 void CloseLog();

@@ -15,7 +15,7 @@ bool OpenKey(const RegistryEntry& entry, REGSAM access, UniqueRegistryKey& key) 
     const LSTATUS status = RegOpenKeyExW(entry.root, entry.subkey.c_str(), 0, access, key.Receive());
     if (status == ERROR_FILE_NOT_FOUND)
         return false;
-    ThrowIfFailed(status);
+    ThrowIfWin32Failed(status);
     return true;
 }
 
@@ -31,7 +31,7 @@ void SetValue(const RegistryEntry& entry, HKEY key) {
         data = &entry.dwordData;
         size = sizeof entry.dwordData;
     }
-    ThrowIfFailed(
+    ThrowIfWin32Failed(
         RegSetValueExW(key, entry.valueName, 0, entry.type, static_cast<const BYTE*>(data), static_cast<DWORD>(size)));
 }
 
@@ -39,8 +39,8 @@ void SetValue(const RegistryEntry& entry, HKEY key) {
 /// size, and may have shrunk or grown since `size` was asked for.
 void QueryString(RegistryEntry& entry, HKEY key, DWORD size) {
     entry.stringData.assign(size / sizeof(wchar_t) + 1, L'\0');
-    ThrowIfFailed(RegQueryValueExW(key, entry.valueName, nullptr, nullptr,
-                                   reinterpret_cast<BYTE*>(entry.stringData.data()), &size));
+    ThrowIfWin32Failed(RegQueryValueExW(key, entry.valueName, nullptr, nullptr,
+                                        reinterpret_cast<BYTE*>(entry.stringData.data()), &size));
     entry.stringData.pop_back();
 }
 
@@ -55,7 +55,7 @@ bool ReadValue(RegistryEntry& entry) {
     if (status == ERROR_FILE_NOT_FOUND)
         return false;
     if (status != ERROR_MORE_DATA)
-        ThrowIfFailed(status);
+        ThrowIfWin32Failed(status);
 
     if (entry.type == REG_DWORD)
         return true;
@@ -75,7 +75,7 @@ void DeleteValue(const RegistryEntry& entry) {
     if (status == ERROR_FILE_NOT_FOUND)
         Log(true) << L"Value not found";
     else
-        ThrowIfFailed(status);
+        ThrowIfWin32Failed(status);
 }
 
 void DeleteTree(const RegistryEntry& entry) {
@@ -83,10 +83,11 @@ void DeleteTree(const RegistryEntry& entry) {
     if (status == ERROR_FILE_NOT_FOUND)
         Log(true) << L"Key not found";
     else
-        ThrowIfFailed(status);
+        ThrowIfWin32Failed(status);
 }
 
-/// The error's description as the ANSI code page can write it, or nothing when the error carries none.
+/// The error's description or nothing when the error carries none. On purpose as the ANSI code page can write it: the
+/// log shows descriptions in the system's own letters only.
 std::wstring AnsiDescription(const _com_error& error) {
     const _bstr_t description = error.Description();
     if (description.length() == 0)
@@ -131,7 +132,8 @@ std::wstring RegistryEntry::ValueText() const {
 void RegistryEntry::Write() const {
     Log(true) << L"Creating registry key: " << PathText();
     UniqueRegistryKey key;
-    ThrowIfFailed(RegCreateKeyExW(root, subkey.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, key.Receive(), nullptr));
+    ThrowIfWin32Failed(
+        RegCreateKeyExW(root, subkey.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, key.Receive(), nullptr));
     if (type == REG_NONE)
         return;
     Log(false) << L" = " << ValueText();

@@ -21,22 +21,25 @@ struct RegistryEntry {
     DWORD type = REG_NONE;
 
     /// Creates the key where it is missing and, unless `type` is REG_NONE, sets the value. Strings are stored without a
-    /// terminating NUL. Throws a `_com_error` with the HRESULT of the call that failed.
+    /// terminating NUL; a type other than REG_SZ, REG_EXPAND_SZ and REG_DWORD is stored without data. Throws a
+    /// `_com_error` with the HRESULT of the call that failed.
     void Write() const;
 
     /// Reads the value into `type` and `dwordData` or `stringData`. False when it is missing, can't be read or has a
-    /// type that the record doesn't hold; `type` then still tells the type that was found. A NUL that was stored with a
-    /// string stays in `stringData` as its last character. Never throws a `_com_error` and logs nothing.
+    /// type that the record doesn't hold, which `type` then tells. A NUL that was stored with a string stays in
+    /// `stringData` as its last character. Data of another type than REG_DWORD leaves in `dwordData` what fits of it:
+    /// on purpose, and `UpdateSecureProtocols` adds its flags to that. Never throws a `_com_error` and logs nothing.
     bool Read();
 
-    /// Deletes the value or, without a `valueName`, the key with all it holds. Never throws a `_com_error`: a missing
+    /// Deletes the value or, without a `valueName`, the key with all it holds: for an empty `subkey`, all that the root
+    /// holds. Never throws a `_com_error`: a missing
     /// key or value and every other failure are logged.
     void Delete() const;
 
     /// "HKCU\Software\...\value", with "@" for the default value.
     std::wstring PathText() const;
 
-    /// "2688 (DWORD)", "text (String)", "text (String expand)" or "<no-value>".
+    /// "2688 (DWORD)", "text (String)", "text (String expand)"; "<no-value>" for every other type.
     std::wstring ValueText() const;
 };
 

@@ -4,9 +4,8 @@
 
 #include <utility>
 
-/// Owns one handle and closes it when it goes. `Traits` names the handle type (`Handle`), the value that stands for
-/// none
-/// (`None`), which values are open ones (`IsOpen`) and how one is closed (`Close`).
+/// Owns one handle and closes it when it goes. `Traits` names the handle's type (`Handle`), the value that stands for
+/// none (`None`), which values are open ones (`IsOpen`) and how one is closed (`Close`).
 /// Closing leaves the thread's last-error value as it was.
 template <typename Traits>
 class Unique {

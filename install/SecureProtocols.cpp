@@ -21,9 +21,9 @@ void Store(const RegistryEntry& entry) {
         entry.Write();
         return;
     }
-    ThrowIfFailed(status);
-    ThrowIfFailed(RegSetValueExW(key.Get(), entry.valueName, 0, REG_DWORD,
-                                 reinterpret_cast<const BYTE*>(&entry.dwordData), sizeof entry.dwordData));
+    ThrowIfWin32Failed(status);
+    ThrowIfWin32Failed(RegSetValueExW(key.Get(), entry.valueName, 0, REG_DWORD,
+                                      reinterpret_cast<const BYTE*>(&entry.dwordData), sizeof entry.dwordData));
 }
 
 } // namespace

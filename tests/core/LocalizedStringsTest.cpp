@@ -97,7 +97,7 @@ TEST(Languages, AreTheSameListAtEveryCall) {
 TEST(Languages, OfAnUnknownCodeLeaveTheTableAsItIs) {
     const Texts german = TextsOf(L"de");
     for (const wchar_t* code : {L"pt", L"EN", L"", L"de-DE", L"zh", L"pt-br", L"uk"})
-        EXPECT_EQ(TextsOf(code), german) << std::wstring(code).size();
+        EXPECT_EQ(TextsOf(code), german) << testing::PrintToString(std::wstring(code));
 }
 
 TEST(Languages, AreReplacedAsAWhole) {
@@ -145,6 +145,7 @@ TEST(FrenchTexts, HaveARetryWithoutArrowAndTwoTrailingBlanks) {
 TEST(ChineseCaptions, HaveTheirMnemonicInParentheses) {
     EXPECT_EQ(Text(L"zh-CN", StrClose), L"关闭 (&C)");
     EXPECT_EQ(Text(L"zh-CN", StrGetHelp), L"帮助 (&H)");
+    EXPECT_EQ(Text(L"zh-CN", StrRetry), L"重试 (&R)");
     EXPECT_EQ(Text(L"zh-TW", StrRetry), L"重試(&R)");
 }
 
@@ -160,8 +161,13 @@ INSTANTIATE_TEST_SUITE_P(, EveryLanguage, testing::ValuesIn(SupportedLanguages()
 TEST_P(EveryLanguage, HasTwelveTextsOfItsOwn) {
     const Texts texts = TextsOf(GetParam().code);
     EXPECT_EQ(std::ranges::count(texts, L""), 0);
+    if (GetParam().code == L"en")
+        return;
     const Texts english = TextsOf(L"en");
-    EXPECT_TRUE(GetParam().code == L"en" || std::ranges::mismatch(texts, english).in1 == texts.begin());
+    for (const StringId id : AllIds) {
+        const bool same = GetParam().code == L"nb" && id == StrStartOneNote; // "&Start OneNote" is Norwegian too
+        EXPECT_EQ(texts[id] == english[id], same) << id;
+    }
 }
 
 TEST_P(EveryLanguage, ShowsDistinctMnemonicsTogether) {

@@ -26,7 +26,6 @@ protected:
 
     fs::path Path(const wchar_t* name = L"Vellumkit_Install.log") const { return folder_.Path() / name; }
 
-private:
     TestFolder folder_{L" ж"};
 };
 
@@ -93,7 +92,32 @@ TEST_F(LogFile, ThatCannotBeOpenedFailsSilently) {
 
 TEST_F(LogFile, ThatCannotBeWrittenFailsForGood) {
     EXPECT_EQ(Write(L"entry kept state"), 0U);
-    EXPECT_EQ(Write(L"entry kept write-fails entry lost state"), 1U);
+    EXPECT_EQ(Write(L"entry kept write-fails entry lost write-works entry lost state"), 1U);
+    EXPECT_EQ(ReadEntries(Path()), Entries{L"kept"});
+}
+
+TEST_F(LogFile, ThatCannotBeFlushedFailsForGood) {
+    EXPECT_EQ(Write(L"entry kept flush-fails entry lost flush-works entry lost state"), 1U);
+    EXPECT_TRUE(Utf16(ReadBytes(Path())).ends_with(L" - kept\r\n")) << "the file ends with what could not be flushed";
+}
+
+TEST_F(LogFile, ThatCouldNotBeOpenedIsNotOpenedLater) {
+    fs::create_directory(Path());
+    EXPECT_EQ(Write(L"entry lost remove-folder entry lost state"), 1U);
+    EXPECT_FALSE(fs::exists(Path()));
+}
+
+TEST_F(LogFile, MayBeClosedWhileThreadsWrite) {
+    EXPECT_EQ(Write(L"close-while-threads-write"), 0U);
+    const std::wstring log = Utf16(ReadBytes(Path()));
+    EXPECT_TRUE(log.starts_with(L'\xFEFF'));
+    EXPECT_EQ((log.size() - 1) % 51, 0U) << "an insertion was split";
+}
+
+TEST_F(LogFile, IsNamedByTheFirstProgramOfTheListThatIsLoaded) {
+    fs::copy_file(ProgramFolder() / "log-writer.exe", folder_.Path() / "dllhost.exe");
+    Write(L"load dllhost.exe entry x", L"VlkUninst.exe");
+    EXPECT_EQ(ReadEntries(Path(L"Vellumkit_Addin_outproc.log")), Entries{L"x"});
 }
 
 TEST_F(LogFile, LiesInTheCurrentDirectoryWhenWindowsCannotNameTheTemporaryFolder) {

@@ -5,6 +5,7 @@
 #include "tests/support/ImportPatch.h"
 #include "tests/support/Registry.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
@@ -67,7 +68,7 @@ TEST(RegistryTexts, ValueIsFollowedByItsType) {
     }
 }
 
-TEST_F(RegistryEntries, AFreshOneIsEmpty) {
+TEST(RegistryRecords, AreEmptyWhenTheyAreNew) {
     const RegistryEntry entry;
     EXPECT_TRUE(entry.subkey.empty() && entry.stringData.empty());
     EXPECT_EQ(entry.valueName, nullptr);
@@ -131,6 +132,7 @@ TEST_F(RegistryEntries, WriteThrowsWhenTheValueCannotBeSetAndClosesTheKey) {
     RegistryEntry entry = Entry(L"Value");
     entry.type = REG_DWORD;
     EXPECT_EQ(ThrownBy([&] { entry.Write(); }), HRESULT_FROM_WIN32(ERROR_REGISTRY_CORRUPT));
+    EXPECT_EQ(Logged(), Entries{L"Creating registry key: HKCU\\Software\\Vellumkit\\Value = 0 (DWORD)"});
     EXPECT_EQ(closed.Get(), 1);
 }
 
@@ -239,8 +241,36 @@ TEST_F(RegistryEntries, ReadClosesTheKeyWhateverHappens) {
     for (const wchar_t* name : {L"Number", L"Text", L"Bytes", L"Missing"}) {
         const ClosedKeys closed;
         Entry(name).Read();
-        EXPECT_EQ(closed.Get(), 1) << std::wstring(name).size();
+        EXPECT_EQ(closed.Get(), 1) << testing::PrintToString(std::wstring(name));
     }
+}
+
+TEST_F(RegistryEntries, WriteAndDeleteCloseTheKeyThatTheyOpened) {
+    RegistryEntry entry = Entry(L"Value");
+    const auto closedBy = [](const std::function<void()>& action) {
+        const ClosedKeys closed;
+        action();
+        return closed.Get();
+    };
+    EXPECT_EQ(closedBy([&] { entry.Write(); }), 1) << "the key alone";
+    entry.type = REG_DWORD;
+    EXPECT_EQ(closedBy([&] { entry.Write(); }), 1);
+    EXPECT_EQ(closedBy([&] { entry.Delete(); }), 1);
+    EXPECT_EQ(closedBy([&] { entry.Delete(); }), 1) << "the value is missing";
+}
+
+TEST_F(RegistryEntries, ReadAndDeleteAskForTheAccessThatTheyNeedAndNoView) {
+    static std::vector<REGSAM> asked;
+    asked.clear();
+    const ImportPatch<decltype(RegOpenKeyExW)> open("RegOpenKeyExW",
+                                                    [](HKEY, LPCWSTR, DWORD options, REGSAM wanted, PHKEY) -> LSTATUS {
+                                                        EXPECT_EQ(options, 0U);
+                                                        asked.push_back(wanted);
+                                                        return ERROR_ACCESS_DENIED;
+                                                    });
+    Entry(L"Value").Read();
+    Entry(L"Value").Delete();
+    EXPECT_EQ(asked, (std::vector<REGSAM>{KEY_QUERY_VALUE, KEY_SET_VALUE}));
 }
 
 TEST_F(RegistryEntries, ReadFoldsAKeyThatCannotBeOpenedIntoFalse) {
@@ -362,6 +392,10 @@ TEST_F(RegistryEntries, DeleteLogsTheDescriptionThatAnErrorCarriesInTheAnsiCodeP
         throw _com_error(E_FAIL, MakeErrorInformation(L"The hive is gone. \x91CD"));
     });
     Entry(nullptr).Delete();
-    // No Western code page has that character.
-    EXPECT_EQ(Logged().back(), L"ERROR: The hive is gone. ?");
+    // A Western code page has no such character, a Chinese one has.
+    char ansi[3] = {};
+    WideCharToMultiByte(CP_ACP, 0, L"\x91CD", 1, ansi, sizeof ansi, nullptr, nullptr);
+    wchar_t kept[2] = {};
+    MultiByteToWideChar(CP_ACP, 0, ansi, -1, kept, 2);
+    EXPECT_EQ(Logged().back(), std::wstring(L"ERROR: The hive is gone. ") + kept);
 }

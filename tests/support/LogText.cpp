@@ -35,9 +35,11 @@ Entries ParseEntries(std::wstring log) {
     static const std::wregex EntryStart(
         LR"(\r\n(Sun|Mon|Tue|Wed|Thu|Fri|Sat) [A-Z][a-z]{2} [ \d]\d \d\d:\d\d:\d\d \d{4} - )");
     const std::wsregex_iterator end;
+    std::wsregex_iterator entry(log.begin(), log.end(), EntryStart);
+    EXPECT_TRUE(log.empty() || (entry != end && entry->position() == 0))
+        << "The log begins with something else than an entry: " << testing::PrintToString(log);
     Entries entries;
-    for (std::wsregex_iterator entry(log.begin(), log.end(), EntryStart); entry != end;) {
-        EXPECT_TRUE(!entries.empty() || entry->position() == 0) << "The log begins with something else than an entry.";
+    while (entry != end) {
         const auto text = static_cast<std::size_t>(entry->position() + entry->length());
         ++entry;
         entries.push_back(

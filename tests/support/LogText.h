@@ -8,7 +8,7 @@
 /// The texts of a log's entries, without line breaks and timestamps.
 using Entries = std::vector<std::wstring>;
 
-/// A log's bytes.
+/// The bytes of any file.
 std::string ReadBytes(const std::filesystem::path& file);
 
 /// UTF-16LE bytes as text.

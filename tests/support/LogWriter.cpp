@@ -4,15 +4,20 @@
 //     entry TEXT      begins an entry
 //     more TEXT       continues it
 //     close           closes the log
-//     threads         eight threads write a hundred entries each; the first of them opens the log
+//     threads         eight threads make a hundred insertions each; the first of them opens the log
+//     close-while-threads-write   closes the log in the middle of that
+//     load FILE       loads a program of this folder as a module
+//     remove-folder   removes the folder that stands where the log should be
 //     grouping        the program's locale groups digits from now on
 //     number          inserts 4294967295
 //     no-temp         Windows can't name the temporary folder
 //     huge-temp       the temporary folder's name is too long
-//     write-fails     writing to a file fails from now on
+//     write-fails     writing to a file fails from now on; write-works: no longer
+//     flush-fails     flushing a file fails from now on; flush-works: no longer
 //     state           the exit code tells whether the stream still works (0) or failed (1)
 
 #include "core/Log.h"
+#include "core/TempPath.h"
 #include "tests/support/ImportPatch.h"
 
 #include <windows.h>
@@ -20,6 +25,7 @@
 #include <shellapi.h>
 
 #include <array>
+#include <cstdio>
 #include <locale>
 #include <string>
 #include <thread>
@@ -31,7 +37,7 @@ struct Grouping : std::numpunct<wchar_t> {
     std::string do_grouping() const override { return "\3"; }
 };
 
-void WriteFromThreads() {
+void WriteFromThreads(bool closeMeanwhile) {
     std::array<std::thread, 8> threads;
     for (std::size_t thread = 0; thread < threads.size(); ++thread) {
         threads.at(thread) = std::thread([thread] {
@@ -39,9 +45,22 @@ void WriteFromThreads() {
                 Log(false) << std::wstring(50, static_cast<wchar_t>(L'a' + thread)) + L"|";
         });
     }
+    if (closeMeanwhile)
+        CloseLog();
     for (std::thread& thread : threads)
         thread.join();
 }
+
+/// Replaces an import until it is called with null.
+template <typename Function>
+void Replace(const char* name, Function* replacement) {
+    static void** const slot = FindImport(name);
+    static void* const original = *slot;
+    SetImport(slot, replacement != nullptr ? reinterpret_cast<void*>(replacement) : original);
+}
+
+using Write = size_t(const void*, size_t, size_t, FILE*);
+using Flush = int(FILE*);
 
 /// Returns the program's exit code so far.
 int Perform(const std::wstring& command, const wchar_t* text) {
@@ -52,7 +71,13 @@ int Perform(const std::wstring& command, const wchar_t* text) {
     else if (command == L"close")
         CloseLog();
     else if (command == L"threads")
-        WriteFromThreads();
+        WriteFromThreads(false);
+    else if (command == L"close-while-threads-write")
+        WriteFromThreads(true);
+    else if (command == L"load")
+        LoadLibraryExW(text, nullptr, DONT_RESOLVE_DLL_REFERENCES);
+    else if (command == L"remove-folder")
+        RemoveDirectoryW(TempPath(L"Vellumkit_Install.log").c_str());
     else if (command == L"grouping")
         std::locale::global(std::locale(std::locale(), new Grouping)); // owned by the locale
     else if (command == L"number")
@@ -63,8 +88,13 @@ int Perform(const std::wstring& command, const wchar_t* text) {
         SetImport(FindImport("GetTempPathW"),
                   reinterpret_cast<void*>(+[](DWORD size, wchar_t*) -> DWORD { return size + 1; }));
     else if (command == L"write-fails")
-        SetImport(FindImport("fwrite"),
-                  reinterpret_cast<void*>(+[](const void*, size_t, size_t, FILE*) -> size_t { return 0; }));
+        Replace<Write>("fwrite", [](const void*, size_t, size_t, FILE*) -> size_t { return 0; });
+    else if (command == L"write-works")
+        Replace<Write>("fwrite", nullptr);
+    else if (command == L"flush-fails")
+        Replace<Flush>("fflush", [](FILE*) -> int { return EOF; });
+    else if (command == L"flush-works")
+        Replace<Flush>("fflush", nullptr);
     else if (command == L"state")
         return Log(false).good() ? 0 : 1;
     else
@@ -80,7 +110,7 @@ int main() {
     int result = 0;
     for (int index = 1; index < count; ++index) {
         const std::wstring command = arguments[index];
-        const bool hasText = command == L"entry" || command == L"more";
+        const bool hasText = command == L"entry" || command == L"more" || command == L"load";
         const int code = Perform(command, hasText ? arguments[++index] : L"");
         result = code > result ? code : result;
     }
