@@ -3,19 +3,20 @@ add_library(vellumkit_build_flags INTERFACE)
 
 target_compile_features(vellumkit_build_flags INTERFACE cxx_std_20)
 
-# Not -Wnon-virtual-dtor: COM interfaces have no virtual destructor, since it would take a slot.
 target_compile_definitions(vellumkit_build_flags INTERFACE
     UNICODE _UNICODE    # the W forms of every Windows function, wide texts in _com_error
     NOMINMAX            # std::min and std::max, not macros
     STRICT              # handle kinds are distinct types
     WINVER=0x0601 _WIN32_WINNT=0x0601) # runs on Windows 7 and later
 
+# Not -Wnon-virtual-dtor: COM interfaces have no virtual destructor, since it would take a slot. Another compiler gets its
+# defaults.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(vellumkit_build_flags INTERFACE
         -Wall -Wextra -Wpedantic -Werror
         -Wcast-align -Wconversion -Wdouble-promotion -Wduplicated-branches -Wduplicated-cond -Wextra-semi -Wformat=2
         -Wlogical-op -Wmissing-declarations -Wold-style-cast -Woverloaded-virtual -Wshadow
-        -Wsign-conversion -Wundef -Wunused
+        -Wsign-conversion -Wundef
         -fstack-protector-strong
         -ffunction-sections -fdata-sections)
     target_link_options(vellumkit_build_flags INTERFACE

@@ -6,10 +6,10 @@
 #   lab/machine.sh wine PROGRAM...    runs a Windows program in the prefix that VELLUMKIT_PREFIX names (default: "lab")
 #   lab/machine.sh display COMMAND... runs a command on a virtual display, and ends what still runs in the prefixes
 #
-# Everything it makes lies in out/.
+# Everything it makes lies in out/, but for the packages and what runs in /tmp while it runs.
 set -euo pipefail
 
-root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+root=$(cd -- "$(dirname "${BASH_SOURCE[0]}")/.." >/dev/null && pwd)
 prefixes=$root/out/wine
 
 # Package, and what the project takes from it.
