@@ -56,8 +56,10 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& item) { return item.param.name; });
 
 TEST_F(CommandLine, ThatCannotBeSplitHoldsNoOption) {
-    const ImportPatch<decltype(CommandLineToArgvW)> split("CommandLineToArgvW",
-                                                          [](LPCWSTR, int*) -> LPWSTR* { return nullptr; });
+    const ImportPatch<decltype(CommandLineToArgvW)> split("CommandLineToArgvW", [](LPCWSTR, int* count) -> LPWSTR* {
+        *count = 2;
+        return nullptr;
+    });
     ReadCommandLine(L"/config C:\\lab.ini");
     EXPECT_EQ(ConfigPath, L"");
 }

@@ -6,8 +6,11 @@
 #include "core/LocalizedStrings.h"
 #include "core/TempPath.h"
 #include "core/Unique.h"
+#include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/LabPrograms.h"
 #include "tests/support/Registry.h"
+#include "tests/support/Watchdog.h"
 #include "ui/ScreenState.h"
 
 #include <psapi.h>
@@ -167,6 +170,20 @@ TEST_F(Worker, FailsWhenTheProcessesCannotBeListed) {
     EXPECT_EQ(ErrorText, Failed + ComErrorText(_com_error(E_UNEXPECTED)));
 }
 
+TEST_F(Worker, FailsWhenOneNoteSurvivesItsTermination) {
+    const TargetProgram oneNote(TargetProgram::OneNote(), L"/stubborn");
+    {
+        const ImportPatch<decltype(WaitForSingleObject)> wait("WaitForSingleObject",
+                                                              [](HANDLE, DWORD) -> DWORD { return WAIT_TIMEOUT; });
+        const ImportPatch<decltype(TerminateProcess)> terminate("TerminateProcess",
+                                                                [](HANDLE, UINT) -> BOOL { return FALSE; });
+        EXPECT_EQ(InstallationWorker(nullptr), 1U);
+    }
+    EXPECT_EQ(ErrorText, Failed + SystemMessage(static_cast<HRESULT>(0x80070020)) + L" (0x80070020)");
+    EXPECT_EQ(Logged().back(), L"ERROR: " + ErrorText);
+    EXPECT_TRUE(Installers.empty());
+}
+
 TEST_F(Worker, LetsAnyOtherExceptionThrough) {
     const ImportPatch<decltype(EnumProcesses)> list(
         "K32EnumProcesses", [](DWORD*, DWORD, DWORD*) -> BOOL { throw std::runtime_error("not a COM error"); });
@@ -217,8 +234,9 @@ protected:
 
     /// Waits for the next state. The worker goes on meanwhile, so only the last one of a pass can be looked at.
     static void AwaitState() {
+        const Watchdog::Waiting waiting("a state that the worker posts");
         MSG message{};
-        ASSERT_TRUE(GetMessageW(&message, MainWindow, 0, 0));
+        ASSERT_GT(GetMessageW(&message, MainWindow, 0, 0), 0);
         EXPECT_EQ(message.message, 0x500U);
         EXPECT_TRUE(message.wParam == 0 && message.lParam == 0);
     }
@@ -253,6 +271,7 @@ TEST_F(WindowedWorker, PostsInstallingAndCompleted) {
     EXPECT_EQ(PendingScreenState.secondaryLabel, L"&Start OneNote");
     EXPECT_EQ(PendingScreenState.focusIndex, 1);
     EXPECT_EQ(End(), 0U);
+    EXPECT_EQ(Installers.size(), 1U) << "one pass, and then a wait";
     const Entries log = Logged();
     ASSERT_GE(log.size(), 3U);
     EXPECT_EQ(Entries(log.end() - 3, log.end()), (Entries{L"State: Complete", L"Waiting for a signal",
@@ -303,14 +322,15 @@ TEST_F(WindowedWorker, BeginsANewPassWithTheSearchForOneNoteWhenTheUserRetries) 
     AwaitPass();
     EXPECT_EQ(PendingScreenState.status, ScreenStatus::Failed);
     SetInstallerExitCode(L"0");
-    const LoggedEntries secondPass;
     SetEvent(ContinueEvent);
     AwaitPass();
     EXPECT_EQ(PendingScreenState.status, ScreenStatus::Completed);
     EXPECT_EQ(End(), 0U);
-    const Entries log = secondPass.Get();
-    EXPECT_EQ(std::ranges::count(log, L"Begin processing"), 1);
-    EXPECT_EQ(std::ranges::count(log, L"State: Complete"), 1);
+    const Entries log = Logged();
+    const auto retry = std::ranges::find(log, L"Waiting for a signal");
+    EXPECT_EQ(std::count(log.begin(), retry, L"Begin processing"), 2);
+    EXPECT_EQ(std::count(retry, log.end(), L"Begin processing"), 1);
+    EXPECT_EQ(std::count(retry, log.end(), L"State: Complete"), 1);
     CloseHandle(Installers.at(0));
 }
 

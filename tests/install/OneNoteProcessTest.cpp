@@ -174,6 +174,7 @@ protected:
         Results.clear();
         Waits.clear();
         TerminatedWith.reset();
+        Found = nullptr;
         DelayOption = false;
     }
     void TearDown() override { DelayOption = false; }
@@ -185,7 +186,7 @@ protected:
 
     bool FoundHandleIsClosed() const {
         DWORD flags = 0;
-        return GetHandleInformation(Found, &flags) == FALSE;
+        return Found != nullptr && GetHandleInformation(Found, &flags) == FALSE;
     }
 
     /// The log after the lines that every wait begins with.
@@ -236,18 +237,19 @@ private:
 
 } // namespace
 
-TEST_F(OneNoteSearch, WithoutAFindMeansNoWait) {
+TEST_F(OneNoteSearch, ThatFindsNothingNeedsNoWait) {
     EXPECT_TRUE(WaitForOneNoteToExit());
     EXPECT_EQ(Logged(), (Entries{L"Begin processing", Checking}));
 }
 
-TEST_F(OneNoteSearch, ThatFailsFailsTheWait) {
+TEST_F(OneNoteSearch, ThatFailsEndsTheWaitWithItsError) {
     const ListFails fails;
-    EXPECT_THROW(WaitForOneNoteToExit(), _com_error);
+    EXPECT_EQ(ThrownBy(WaitForOneNoteToExit), E_UNEXPECTED);
 }
 
 TEST_F(OneNoteWait, EndsWithTheFirstWaitAndTouchesNoWindow) {
     oneNote_.Register();
+    oneNote_.Fail(FakeOneNote::Call::CreateInstance, E_FAIL); // would be logged
     EXPECT_TRUE(WaitWithResults({WAIT_OBJECT_0}));
     EXPECT_EQ(Waits, std::vector<DWORD>{5000});
     EXPECT_EQ(Logged(), Entries{});
@@ -255,9 +257,15 @@ TEST_F(OneNoteWait, EndsWithTheFirstWaitAndTouchesNoWindow) {
 }
 
 TEST_F(OneNoteWait, TakesAFailedWaitForAnEnd) {
-    EXPECT_TRUE(WaitWithResults({WAIT_FAILED}));
-    EXPECT_EQ(Logged(), Entries{});
-    EXPECT_TRUE(FoundHandleIsClosed());
+    oneNote_.Register();
+    for (const std::size_t before : {0U, 1U, 2U}) {
+        Waits.clear();
+        std::vector<DWORD> results(before, WAIT_TIMEOUT);
+        results.push_back(WAIT_FAILED);
+        EXPECT_TRUE(WaitWithResults(results)) << before;
+        EXPECT_EQ(Waits.size(), before + 1);
+        EXPECT_TRUE(FoundHandleIsClosed());
+    }
 }
 
 TEST_F(OneNoteWait, IsLongAfterTheWindowsWereAskedToClose) {

@@ -120,6 +120,16 @@ TEST_F(PostedCloses, AreNoneWhenACollectionIsNull) {
 TEST_F(PostedCloses, AreNoneWhenTheApplicationIsNull) {
     oneNote_.NullApplication = true;
     EXPECT_EQ(Close().result, E_POINTER);
+    EXPECT_TRUE(Posted.empty());
+}
+
+TEST_F(PostedCloses, BeginWhenAllWindowsAreKnown) {
+    const FramedWindow first;
+    const FramedWindow second;
+    oneNote_.Windows = {first.Frame(), second.Frame()};
+    oneNote_.Fail(Call::Item, E_FAIL); // for the second one
+    EXPECT_EQ(Close().result, E_FAIL);
+    EXPECT_TRUE(Posted.empty());
 }
 
 TEST_F(PostedCloses, StopAtANullWindow) {
@@ -158,6 +168,24 @@ TEST_P(OneNoteFailure, IsThrownWithoutADescription) {
 TEST_F(PostedCloses, AreNoneWhenTheApplicationCannotBeCreated) {
     oneNote_.Fail(Call::CreateInstance, CO_E_SERVER_EXEC_FAILURE);
     EXPECT_EQ(Close().result, CO_E_SERVER_EXEC_FAILURE);
+    EXPECT_TRUE(Posted.empty());
+}
+
+TEST(OneNoteApplication, IsAskedForInAnyContextAsAnUnknownObject) {
+    static DWORD askedContext;
+    static IID askedInterface;
+    const ImportPatch<decltype(CoCreateInstance)> create(
+        "CoCreateInstance", [](REFCLSID, LPUNKNOWN outer, DWORD context, REFIID iid, LPVOID* object) -> HRESULT {
+            EXPECT_EQ(outer, nullptr);
+            askedContext = context;
+            askedInterface = iid;
+            *object = nullptr;
+            return E_ACCESSDENIED;
+        });
+    OneNoteApplicationPtr application;
+    EXPECT_EQ(CreateOneNoteApplication(application), E_ACCESSDENIED);
+    EXPECT_EQ(askedContext, 0x17U);
+    EXPECT_EQ(askedInterface, IID_IUnknown);
 }
 
 TEST(OneNoteApplication, IsNotThereWhereItIsNotRegistered) {

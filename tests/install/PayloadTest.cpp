@@ -6,6 +6,7 @@
 #include "core/Unique.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/LabPrograms.h"
 #include "tests/support/LogText.h"
 #include "tests/support/TestFolder.h"
 
@@ -51,9 +52,7 @@ protected:
         };
     }
 
-    static std::string PayloadBytes() {
-        return ReadBytes(ProgramFolder().parent_path() / "lab/elevated-installer.exe");
-    }
+    static std::string PayloadBytes() { return ReadBytes(ElevatedInstaller()); }
 
 private:
     LoggedEntries log_;
@@ -138,9 +137,12 @@ TEST_F(Payload, FileThatCannotBeOpenedIsToldWithItsCode) {
 
 TEST_F(Payload, FileThatCannotBeWrittenIsNotNoticed) {
     fs::create_directory(Folder());
-    const ImportPatch<int(int, const void*, unsigned)> write("_write",
-                                                             [](int, const void*, unsigned) -> int { return -1; });
-    EXPECT_TRUE(WriteBytesToFile(File(), std::string("x")));
+    {
+        const ImportPatch<int(int, const void*, unsigned)> write("_write",
+                                                                 [](int, const void*, unsigned) -> int { return -1; });
+        EXPECT_TRUE(WriteBytesToFile(File(), std::string("x")));
+    }
+    EXPECT_EQ(ReadBytes(File()), "");
 }
 
 // ExtractAndRunInstaller
@@ -210,10 +212,13 @@ TEST_F(Payload, ThatCannotBeWrittenFailsWithTheSystemsCode) {
 
 TEST_F(Payload, ThatCannotBeWrittenWithoutACodeFailsWithZero) {
     // The runtime opens files with CreateFileW of its own imports, so its open function is replaced.
-    const ImportPatch<FILE*(const wchar_t*, const wchar_t*)> open("_wfopen",
-                                                                  [](const wchar_t*, const wchar_t*) -> FILE* {
-                                                                      SetLastError(ERROR_SUCCESS);
-                                                                      return nullptr;
-                                                                  });
+    const ImportPatch<FILE*(const wchar_t*, const wchar_t*)> open(
+        "_wfopen", [](const wchar_t*, const wchar_t*) -> FILE* { return nullptr; });
+    // What went before left a code behind.
+    const ImportPatch<decltype(LockResource)> lock("LockResource", [](HGLOBAL) -> LPVOID {
+        SetLastError(ERROR_NOT_SUPPORTED);
+        static char payload[1] = {};
+        return payload;
+    });
     EXPECT_EQ(ThrownBy(ExtractAndRunInstaller), 0);
 }

@@ -103,11 +103,17 @@ TEST_F(SecureProtocols, ThatAreMissingAreOnlyReportedWithoutUpdate) {
     EXPECT_EQ(Logged(), Report(L"Not found"));
 }
 
-TEST_F(SecureProtocols, FailWhenTheKeyCannotBeOpenedForWriting) {
+TEST_F(SecureProtocols, FailWhenTheKeyCanBeReadButNotWritten) {
+    SetDword(Settings, L"SecureProtocols", 0x20);
+    static const auto Original = ImportedNow<decltype(RegOpenKeyExW)>("RegOpenKeyExW");
     const ImportPatch<decltype(RegOpenKeyExW)> open(
-        "RegOpenKeyExW", [](HKEY, LPCWSTR, DWORD, REGSAM, PHKEY) -> LSTATUS { return ERROR_ACCESS_DENIED; });
+        "RegOpenKeyExW", [](HKEY root, LPCWSTR subkey, DWORD options, REGSAM access, PHKEY key) -> LSTATUS {
+            EXPECT_EQ(options, 0U);
+            return access == KEY_SET_VALUE ? ERROR_ACCESS_DENIED : Original(root, subkey, options, access, key);
+        });
     EXPECT_EQ(ThrownByUpdate(), E_ACCESSDENIED);
-    EXPECT_EQ(Logged(), Report(L"Not found"));
+    EXPECT_EQ(Logged(), Report(L"32 (DWORD)"));
+    EXPECT_EQ(GetValue(Settings, L"SecureProtocols"), Dword(0x20));
 }
 
 TEST_F(SecureProtocols, FailWhenTheValueCannotBeSet) {

@@ -1,6 +1,7 @@
 // What the release executable is made of.
 
 #include "tests/support/ImportTable.h"
+#include "tests/support/LabPrograms.h"
 #include "tests/support/LogText.h"
 #include "tests/support/Machine.h"
 
@@ -42,6 +43,13 @@ TEST_F(Executable, ImportsOnlyLibrariesThatShipWithWindows) {
         EXPECT_TRUE(shipped.contains(Lower(function.library))) << function.library;
 }
 
+TEST_F(Executable, SetsItsDpiAwareness) {
+    const std::vector<ImportedFunction> imports = ImportsOf(module_);
+    EXPECT_TRUE(std::ranges::any_of(imports, [](const ImportedFunction& function) {
+        return std::string_view(function.name) == "SetProcessDPIAware";
+    }));
+}
+
 TEST_F(Executable, IsA64BitWindowedProgramWithHardening) {
     const IMAGE_NT_HEADERS64& headers = HeadersOf(module_);
     EXPECT_EQ(headers.FileHeader.Machine, IMAGE_FILE_MACHINE_AMD64);
@@ -59,7 +67,7 @@ TEST_F(Executable, EmbedsTheElevatedInstallerAsItIs) {
     ASSERT_NE(resource, nullptr);
     const std::string embedded(static_cast<const char*>(LockResource(LoadResource(module_, resource))),
                                SizeofResource(module_, resource));
-    EXPECT_TRUE(embedded == ReadBytes(ProgramFolder().parent_path() / "lab/elevated-installer.exe"));
+    EXPECT_TRUE(embedded == ReadBytes(ElevatedInstaller()));
 }
 
 TEST_F(Executable, TellsItsVersionInExplorer) {

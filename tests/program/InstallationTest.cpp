@@ -1,5 +1,6 @@
 // Unattended installations with the real executable: what it does to files and settings, what it logs, how it ends.
 
+#include "tests/support/LabPrograms.h"
 #include "tests/support/LogText.h"
 #include "tests/support/Machine.h"
 #include "tests/support/Registry.h"
@@ -20,7 +21,7 @@ protected:
         return L'"' + Target() + L"\" " + Temporary() + L' ' + configuration;
     }
 
-    /// The log of a pass whose payload could not even be started.
+    /// The log of a pass whose payload could not be written.
     Entries LogUpToWriting(bool folderExists) const {
         Entries entries = Joined({LogOfSearch(), LogOfExtraction(folderExists)});
         entries.resize(entries.size() - 2); // "    Done." and the wait
@@ -56,8 +57,15 @@ TEST_F(Installation, Succeeds) {
     EXPECT_EQ(Install(configuration), 0U);
     ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfRepair()}));
     EXPECT_EQ(PayloadCommandLine(), PayloadCall(configuration));
-    EXPECT_EQ(ReadBytes(Target()), ReadBytes(ProgramFolder().parent_path() / "lab/elevated-installer.exe"));
+    EXPECT_EQ(ReadBytes(Target()), ReadBytes(ElevatedInstaller()));
     EXPECT_EQ(GetValue(InternetSettings, L"SecureProtocols"), Dword(0xA80));
+}
+
+TEST_F(Installation, HappensOnlyWithTheConfigOptionAndAPath) {
+    for (const wchar_t* arguments : {L"", L"/config", L"/config \"\"", L"/CONFIG x", L"/delay x"}) {
+        EXPECT_EQ(Start(arguments).ExitCode(), 0U);
+        EXPECT_FALSE(fs::exists(Target())) << testing::PrintToString(std::wstring(arguments));
+    }
 }
 
 TEST_F(Installation, RemovesWhatDisablesTheAddin) {
@@ -157,7 +165,7 @@ TEST_F(Installation, ReplacesATargetFileThatIsThere) {
     fs::create_directory(Temporary() + L"Vellumkit");
     std::ofstream(fs::path(Target())) << std::string(5000000, 'x');
     EXPECT_EQ(Install(), 0U);
-    EXPECT_EQ(ReadBytes(Target()), ReadBytes(ProgramFolder().parent_path() / "lab/elevated-installer.exe"));
+    EXPECT_EQ(ReadBytes(Target()), ReadBytes(ElevatedInstaller()));
 }
 
 TEST_F(Installation, FailsWhenTheTargetFileIsLocked) {

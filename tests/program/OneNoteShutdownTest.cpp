@@ -8,9 +8,16 @@
 
 namespace {
 
+constexpr wchar_t AutomationClass[] = L"CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}";
+
 class OneNoteShutdown : public Machine {
 protected:
-    /// Returns the log when it has an entry that begins so. It has one on disk when the next one begins.
+    void SetUp() override {
+        Machine::SetUp();
+        RegDeleteTreeW(HKEY_CLASSES_ROOT, AutomationClass); // what a test program that was ended left behind
+    }
+
+    /// Returns the log when it has an entry that begins so. An entry is on disk once the next one has begun.
     std::wstring AwaitEntry(const std::wstring& start) const {
         const Watchdog::Waiting waiting("an entry of the front-end's log");
         for (;; Sleep(20)) {
@@ -39,16 +46,13 @@ public:
     RegisteredAutomation() {
         const std::wstring file = (ProgramFolder() / "onenote-server.dll").wstring();
         const auto size = static_cast<DWORD>((file.size() + 1) * sizeof(wchar_t));
-        const std::wstring server = std::wstring(Class) + L"\\InprocServer32";
+        const std::wstring server = std::wstring(AutomationClass) + L"\\InprocServer32";
         EXPECT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, server.c_str(), nullptr, REG_SZ, file.c_str(), size),
                   ERROR_SUCCESS);
     }
     RegisteredAutomation(const RegisteredAutomation&) = delete;
     RegisteredAutomation& operator=(const RegisteredAutomation&) = delete;
-    ~RegisteredAutomation() { RegDeleteTreeW(HKEY_CLASSES_ROOT, Class); }
-
-private:
-    static constexpr wchar_t Class[] = L"CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}";
+    ~RegisteredAutomation() { RegDeleteTreeW(HKEY_CLASSES_ROOT, AutomationClass); }
 };
 
 } // namespace

@@ -76,7 +76,8 @@ public:
 
     HRESULT STDMETHODCALLTYPE get_Item(std::uint32_t index, IOneNoteWindow** window) override {
         *window = nullptr;
-        const HRESULT answer = OneNote.Answer(FakeOneNote::Call::Item);
+        const bool last = index + 1 == OneNote.Windows.size();
+        const HRESULT answer = last ? OneNote.Answer(FakeOneNote::Call::Item) : S_OK;
         if (SUCCEEDED(answer) && OneNote.Windows.at(index) != nullptr) {
             *window = new FakeWindow(OneNote, OneNote.Windows.at(index));
             (*window)->AddRef();

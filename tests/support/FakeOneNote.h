@@ -30,7 +30,7 @@ public:
     /// Asked for its application interface, the object answers S_OK and null.
     bool NullApplication = false;
 
-    /// Makes a call fail; with a description, it sets that as its error information.
+    /// Makes a call fail, `Item` for the last window only; with a description, it sets that as its error information.
     void Fail(Call call, HRESULT result, const wchar_t* description = nullptr);
 
     /// S_OK, or what `Fail` asked for, with the error information set.

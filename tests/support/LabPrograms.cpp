@@ -11,6 +11,10 @@ std::wstring NewEventName() {
 
 } // namespace
 
+std::filesystem::path ElevatedInstaller() {
+    return ProgramFolder().parent_path() / "lab/elevated-installer.exe";
+}
+
 TargetProgram::TargetProgram(const std::filesystem::path& file, const std::wstring& options)
     : endName_(NewEventName()), end_(CreateEventW(nullptr, TRUE, FALSE, endName_.c_str())),
       program_(file, options + L" /until " + endName_), window_(AwaitWindow(program_, L"LabTargetProgram")) {}

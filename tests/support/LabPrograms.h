@@ -4,6 +4,9 @@
 
 #include <string>
 
+/// The stand-in for the elevated installer.
+std::filesystem::path ElevatedInstaller();
+
 /// A program that must not run during an installation: the lab's onenote.exe or datebk.exe, or a copy of it under
 /// another name. Ends when it is told to, or with the object.
 class TargetProgram {

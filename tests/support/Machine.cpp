@@ -1,6 +1,7 @@
 #include "tests/support/Machine.h"
 
 #include "tests/support/ComErrors.h"
+#include "tests/support/LabPrograms.h"
 
 #include <iomanip>
 #include <sstream>
@@ -83,7 +84,7 @@ Entries Machine::LogOfSearch() {
 
 Entries Machine::LogOfExtraction(bool folderExists) const {
     const Entries created{L"Folder does not exist, creating...", L"Done."};
-    const auto size = fs::file_size(ProgramFolder().parent_path() / "lab/elevated-installer.exe");
+    const auto size = fs::file_size(ElevatedInstaller());
     return Joined(
         {{L"Folder path is: " + Temporary() + L"Vellumkit"},
          folderExists ? Entries{L"Folder already exists"} : created,

@@ -1,4 +1,4 @@
-// OneNote's automation as an in-process server: its windows are those of the lab's target programs. So a front-end
+// OneNote's automation as an in-process server: its one window is that of a target program of the lab. So a front-end
 // meets a OneNote that can be asked to close.
 
 #include "tests/support/FakeOneNote.h"

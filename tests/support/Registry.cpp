@@ -1,15 +1,30 @@
 #include "tests/support/Registry.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
 
+namespace {
+
+/// Without its sandbox a test would change the user's own settings, so the program ends.
+void EndUnlessSucceeded(LSTATUS status) {
+    if (status == ERROR_SUCCESS)
+        return;
+    std::fprintf(stderr, "cannot make a sandbox in the registry, error %ld\n", status);
+    std::_Exit(3);
+}
+
+} // namespace
+
 RegistrySandbox::RegistrySandbox() : path_(L"Software\\VellumkitTest" + std::to_wstring(GetCurrentProcessId())) {
-    RegCreateKeyExW(HKEY_CURRENT_USER, (path_ + L"\\User").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                    user_.Receive(), nullptr);
-    RegCreateKeyExW(HKEY_CURRENT_USER, (path_ + L"\\Classes").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                    classes_.Receive(), nullptr);
-    EXPECT_EQ(RegOverridePredefKey(HKEY_CURRENT_USER, user_.Get()), ERROR_SUCCESS);
-    EXPECT_EQ(RegOverridePredefKey(HKEY_CLASSES_ROOT, classes_.Get()), ERROR_SUCCESS);
+    RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str()); // what a test program that was ended left behind
+    EndUnlessSucceeded(RegCreateKeyExW(HKEY_CURRENT_USER, (path_ + L"\\User").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
+                                       nullptr, user_.Receive(), nullptr));
+    EndUnlessSucceeded(RegCreateKeyExW(HKEY_CURRENT_USER, (path_ + L"\\Classes").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
+                                       nullptr, classes_.Receive(), nullptr));
+    EndUnlessSucceeded(RegOverridePredefKey(HKEY_CURRENT_USER, user_.Get()));
+    EndUnlessSucceeded(RegOverridePredefKey(HKEY_CLASSES_ROOT, classes_.Get()));
 }
 
 RegistrySandbox::~RegistrySandbox() {

@@ -9,7 +9,8 @@
 #include <string>
 #include <vector>
 
-/// Sends HKEY_CURRENT_USER and HKEY_CLASSES_ROOT of this process to empty keys as long as it lives.
+/// Sends HKEY_CURRENT_USER and HKEY_CLASSES_ROOT of this process to empty keys as long as it lives. Ends the program
+/// when it can't.
 class RegistrySandbox {
 public:
     RegistrySandbox();
@@ -50,5 +51,7 @@ struct StoredValue {
 
 /// Nothing when the key or the value is missing.
 std::optional<StoredValue> GetValue(const wchar_t* subkey, const wchar_t* name);
-std::optional<StoredValue> Dword(DWORD value);
 bool KeyExists(const wchar_t* subkey);
+
+/// What `GetValue` gives for a REG_DWORD.
+std::optional<StoredValue> Dword(DWORD value);

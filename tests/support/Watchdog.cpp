@@ -46,12 +46,10 @@ void Allow(unsigned seconds) {
     Deadline = Clock::now() + std::chrono::seconds(seconds);
 }
 
-Waiting::Waiting(const char* what) {
-    WaitingFor = what;
-}
+Waiting::Waiting(const char* what) : outer_(WaitingFor.exchange(what)) {}
 
 Waiting::~Waiting() {
-    WaitingFor = nullptr;
+    WaitingFor = outer_;
 }
 
 } // namespace Watchdog

@@ -16,6 +16,9 @@ public:
     Waiting(const Waiting&) = delete;
     Waiting& operator=(const Waiting&) = delete;
     ~Waiting();
+
+private:
+    const char* outer_;
 };
 
 } // namespace Watchdog
