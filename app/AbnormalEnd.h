@@ -7,5 +7,5 @@ inline constexpr UINT AbnormalExitCode = 0x40000015;
 
 /// From now on an error that nothing catches, C++ exception or processor fault, on any thread, ends the process at once
 /// with `AbnormalExitCode`. No message box of the C runtime or of Windows: during a silent installation nobody could
-/// see or close it.
+/// see or close it. The log's last entry may be lost: it is in memory until the next one begins.
 void EndProcessOnUncaughtErrors();

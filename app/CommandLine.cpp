@@ -10,7 +10,7 @@
 
 void ReadCommandLine(const wchar_t* commandLine) {
     int count = 0;
-    // The array is never freed: it is read once, and the process needs its few bytes until it ends.
+    // The array is not freed, on purpose: a few bytes, once in a process.
     wchar_t** const arguments = CommandLineToArgvW(commandLine, &count);
     if (arguments == nullptr)
         return;

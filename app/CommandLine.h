@@ -1,8 +1,7 @@
 #pragma once
 
 /// Reads the options from the command line, which is without the program's name: "/config" <path> sets `ConfigPath`,
-/// and
-/// "/delay" `DelayOption`, to the letter and case-sensitive. The last element is never an option, so a "/delay" at the
-/// end has no effect; the argument of "/config" is itself examined; the last "/config" wins. What can't be split (see
-/// `CommandLineToArgvW`) holds no option.
+/// "/delay" sets `DelayOption`, both to the letter and case-sensitive. The last element is never an option, so a
+/// "/delay" at the end has no effect; the argument of "/config" is itself examined; the last "/config" wins. What can't
+/// be split (see `CommandLineToArgvW`) holds no option. Main thread, at start-up.
 void ReadCommandLine(const wchar_t* commandLine);

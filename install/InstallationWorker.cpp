@@ -50,7 +50,7 @@ DWORD ExitCode(HANDLE process) {
     DWORD code = 0;
     if (!GetExitCodeProcess(process, &code)) {
         const DWORD error = GetLastError();
-        Log(true) << L"ERROR: " << L"Failed to get the process exit code: " << error;
+        Log(true) << L"ERROR: Failed to get the process exit code: " << error;
         ThrowWin32Error(error);
     }
     return code;
@@ -58,11 +58,11 @@ DWORD ExitCode(HANDLE process) {
 
 void AwaitSuccess(HANDLE installer) {
     Log(true) << L"Waiting for installer to finish";
-    Sleep(1000);
+    Sleep(1000); // before every wait, on purpose
     WaitForSingleObject(installer, INFINITE);
     const DWORD code = ExitCode(installer);
     if (code != 0) {
-        Log(true) << L"ERROR: " << L"Installer reported failure: " << code;
+        Log(true) << L"ERROR: Installer reported failure: " << code;
         throw _com_error(static_cast<HRESULT>(code)); // the installer's exit code is the HRESULT
     }
 }
@@ -109,7 +109,7 @@ bool TryInstall() {
 
 DWORD WINAPI InstallationWorker(void* /*context*/) {
     Log(true) << L"Begin processing";
-    CoInitialize(nullptr); // never balanced: the thread may have it initialised already
+    CoInitialize(nullptr); // not balanced, on purpose: the apartment lasts as long as the thread
     for (;;) {
         const bool installed = TryInstall();
         if (UnattendedMode)

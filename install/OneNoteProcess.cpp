@@ -26,7 +26,7 @@ std::span<const DWORD> ListProcesses(ProcessIds& buffer) {
     DWORD bytes = 0;
     if (!EnumProcesses(buffer.data(), sizeof buffer, &bytes)) {
         const DWORD error = GetLastError();
-        Log(true) << L"ERROR: " << L"Failed to get list of processes: " << error;
+        Log(true) << L"ERROR: Failed to get list of processes: " << error;
         throw _com_error(E_UNEXPECTED);
     }
     return std::span(buffer).first(bytes / sizeof(DWORD));
@@ -52,7 +52,7 @@ bool TryCloseOneNoteWindows() {
         CloseOneNoteWindows();
         return true;
     } catch (const _com_error& error) {
-        Log(true) << L"ERROR: " << L"Cannot close OneNote Windows: " << ComErrorText(error);
+        Log(true) << L"ERROR: Cannot close OneNote Windows: " << ComErrorText(error);
         return false;
     }
 }
@@ -78,7 +78,7 @@ UniqueHandle FindOneNoteProcess() {
 bool WaitForOneNoteToExit() {
     const DWORD baseWait = DelayOption ? 10 : 5; // seconds
     Log(true) << L"Begin processing";
-    CoInitialize(nullptr); // never balanced: the thread may have it initialised already
+    CoInitialize(nullptr); // not balanced, on purpose: the apartment lasts as long as the thread
     const UniqueHandle process = FindOneNoteProcess();
     if (!process)
         return true;

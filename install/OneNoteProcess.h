@@ -4,7 +4,7 @@
 
 /// Finds the first running process, in the order in which Windows lists them, whose image is onenote.exe or the maker's
 /// calendar datebk.exe, in any letter case. Only the first 1,024 processes are looked at; one that can't be opened or
-/// named never matches. Returns a handle for waiting and terminating, or none.
+/// named never matches. Returns a handle for waiting, querying and terminating, or none.
 /// Throws a `_com_error` with E_UNEXPECTED when the processes can't be listed.
 UniqueHandle FindOneNoteProcess();
 

@@ -46,7 +46,7 @@ void CloseOneNoteWindows() {
     const HWND desktop = GetDesktopWindow();
     for (const OneNoteWindowPtr& window : windows) {
         const HWND topLevel = TopLevelWindow(window);
-        if (topLevel != desktop)
+        if (topLevel != desktop) // a window that is gone has none: that message reaches nobody
             PostMessageW(topLevel, WM_CLOSE, 0, 0);
     }
 }
