@@ -5,15 +5,17 @@
 
 namespace {
 
-// Windows' own message, with inserts such as "%1" as they stand. `_com_error::ErrorMessage` alone does not do: one
-// compiler's asks for the inserts' arguments too, and so gets no message that has one (ERROR_BAD_EXE_FORMAT).
+// Windows' own message without its line break, inserts such as "%1" as they stand. `_com_error::ErrorMessage` alone
+// does not do: one compiler's asks for the inserts' arguments too, and so gets no message that has one
+// (ERROR_BAD_EXE_FORMAT).
 std::wstring SystemMessage(HRESULT result) {
     std::array<wchar_t, 4096> text{};
-    const DWORD length =
-        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, static_cast<DWORD>(result),
-                       0, text.data(), static_cast<DWORD>(text.size()), nullptr);
+    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                        static_cast<DWORD>(result), MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT),
+                                        text.data(), static_cast<DWORD>(text.size()), nullptr);
     std::wstring message(text.data(), length);
-    message.erase(message.find_last_not_of(L"\r\n") + 1);
+    if (message.ends_with(L"\r\n"))
+        message.resize(message.size() - 2);
     return message;
 }
 

@@ -79,7 +79,7 @@ protected:
     }
 
 private:
-    // The runtime would take memory for each file; the log needs none, also when there is none left.
+    // Its size decides how much an abnormal end can lose.
     static inline std::array<wchar_t, 1024> FileBuffer{};
 
     std::mutex mutex_; // one insertion is one write; a thread may write while another one closes the file

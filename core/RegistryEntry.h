@@ -27,13 +27,12 @@ struct RegistryEntry {
 
     /// Reads the value into `type` and `dwordData` or `stringData`. False when it is missing, can't be read or has a
     /// type that the record doesn't hold, which `type` then tells. A NUL that was stored with a string stays in
-    /// `stringData` as its last character. Data of another type than REG_DWORD leaves in `dwordData` what fits of it:
-    /// on purpose, and `UpdateSecureProtocols` adds its flags to that. Never throws a `_com_error` and logs nothing.
+    /// `stringData` as its last character. Data of another type than REG_DWORD leaves in `dwordData` what fits of it,
+    /// on purpose: who adds flags to a value keeps those bits. Never throws a `_com_error` and logs nothing.
     bool Read();
 
     /// Deletes the value or, without a `valueName`, the key with all it holds: for an empty `subkey`, all that the root
-    /// holds. Never throws a `_com_error`: a missing
-    /// key or value and every other failure are logged.
+    /// holds. Never throws a `_com_error`: a missing key or value and every other failure are logged.
     void Delete() const;
 
     /// "HKCU\Software\...\value", with "@" for the default value.

@@ -125,6 +125,17 @@ TEST_F(ComErrorTexts, NameACodeThatTheSystemDoesNotKnow) {
     EXPECT_EQ(ComErrorText(_com_error(static_cast<HRESULT>(0x80040207))), L"IDispatch error #7 (0x80040207)");
 }
 
+TEST_F(ComErrorTexts, AreAskedForInTheUsersLanguageAndLoseOneLineBreak) {
+    using Function = DWORD(DWORD, LPCVOID, DWORD, DWORD, LPWSTR, DWORD, char**); // va_list* without its attributes
+    const ImportPatch<Function> format(
+        "FormatMessageW", [](DWORD, LPCVOID, DWORD, DWORD language, LPWSTR text, DWORD size, char**) -> DWORD {
+            EXPECT_EQ(language, static_cast<DWORD>(MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT)));
+            constexpr std::wstring_view Message = L"one\r\n\r\n";
+            return static_cast<DWORD>(Message.copy(text, size));
+        });
+    EXPECT_EQ(ComErrorText(_com_error(E_ACCESSDENIED)), L"one\r\n (0x80070005)");
+}
+
 TEST_F(ComErrorTexts, AreTheCodeAloneWhenThereIsNoMessageAtAll) {
     using Function = DWORD(DWORD, LPCVOID, DWORD, DWORD, LPWSTR, DWORD, char**); // va_list* without its attributes
     const ImportPatch<Function> format("FormatMessageW",

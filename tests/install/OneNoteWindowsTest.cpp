@@ -106,6 +106,14 @@ TEST_F(PostedCloses, NeverGoToTheDesktop) {
     EXPECT_EQ(Posted, std::vector{window.Frame()});
 }
 
+TEST_F(PostedCloses, ReachNoWindowForOneThatIsGoneAndGoOn) {
+    const HWND gone = FramedWindow().Frame();
+    const FramedWindow window;
+    oneNote_.Windows = {gone, window.Frame()};
+    EXPECT_EQ(Close().result, S_OK);
+    EXPECT_EQ(Posted, (std::vector<HWND>{nullptr, window.Frame()}));
+}
+
 TEST_F(PostedCloses, AreNoneWithoutWindows) {
     EXPECT_EQ(Close().result, S_OK);
     EXPECT_TRUE(Posted.empty());

@@ -5,7 +5,7 @@
 //     more TEXT       continues it
 //     close           closes the log
 //     threads         eight threads make a hundred insertions each; the first of them opens the log
-//     close-while-threads-write   closes the log in the middle of that
+//     close-while-threads-write   closes the log while they write
 //     load FILE       loads a program of this folder as a module
 //     remove-folder   removes the folder that stands where the log should be
 //     grouping        the program's locale groups digits from now on
@@ -25,6 +25,7 @@
 #include <shellapi.h>
 
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <locale>
 #include <string>
@@ -37,7 +38,7 @@ struct Grouping : std::numpunct<wchar_t> {
     std::string do_grouping() const override { return "\3"; }
 };
 
-void WriteFromThreads(bool closeMeanwhile) {
+void WriteFromThreads() {
     std::array<std::thread, 8> threads;
     for (std::size_t thread = 0; thread < threads.size(); ++thread) {
         threads.at(thread) = std::thread([thread] {
@@ -45,8 +46,28 @@ void WriteFromThreads(bool closeMeanwhile) {
                 Log(false) << std::wstring(50, static_cast<wchar_t>(L'a' + thread)) + L"|";
         });
     }
-    if (closeMeanwhile)
-        CloseLog();
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+/// Each thread has written before the log is closed and writes after it.
+void CloseWhileThreadsWrite() {
+    std::atomic<int> writing = 0;
+    std::atomic<bool> closed = false;
+    std::array<std::thread, 8> threads;
+    for (std::size_t thread = 0; thread < threads.size(); ++thread) {
+        threads.at(thread) = std::thread([&, thread] {
+            const std::wstring text = std::wstring(50, static_cast<wchar_t>(L'a' + thread)) + L"|";
+            Log(false) << text;
+            ++writing;
+            for (int after = 0; after < 10; after += closed ? 1 : 0)
+                Log(false) << text << std::flush;
+        });
+    }
+    while (writing < static_cast<int>(threads.size()))
+        std::this_thread::yield();
+    CloseLog();
+    closed = true;
     for (std::thread& thread : threads)
         thread.join();
 }
@@ -71,9 +92,9 @@ int Perform(const std::wstring& command, const wchar_t* text) {
     else if (command == L"close")
         CloseLog();
     else if (command == L"threads")
-        WriteFromThreads(false);
+        WriteFromThreads();
     else if (command == L"close-while-threads-write")
-        WriteFromThreads(true);
+        CloseWhileThreadsWrite();
     else if (command == L"load")
         LoadLibraryExW(text, nullptr, DONT_RESOLVE_DLL_REFERENCES);
     else if (command == L"remove-folder")
