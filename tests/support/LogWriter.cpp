@@ -5,7 +5,7 @@
 //     more TEXT       continues it
 //     close           closes the log
 //     threads         eight threads make a hundred insertions each; the first of them opens the log
-//     close-while-threads-write   closes the log while they write
+//     close-while-a-thread-writes   the exit code tells whether the close waited for the write (0) or not (1)
 //     load FILE       loads a program of this folder as a module
 //     remove-folder   removes the folder that stands where the log should be
 //     grouping        the program's locale groups digits from now on
@@ -28,6 +28,7 @@
 #include <atomic>
 #include <cstdio>
 #include <locale>
+#include <map>
 #include <string>
 #include <thread>
 
@@ -50,38 +51,40 @@ void WriteFromThreads() {
         thread.join();
 }
 
-/// Each thread has written before the log is closed and writes after it.
-void CloseWhileThreadsWrite() {
-    std::atomic<int> writing = 0;
-    std::atomic<bool> closed = false;
-    std::array<std::thread, 8> threads;
-    for (std::size_t thread = 0; thread < threads.size(); ++thread) {
-        threads.at(thread) = std::thread([&, thread] {
-            const std::wstring text = std::wstring(50, static_cast<wchar_t>(L'a' + thread)) + L"|";
-            Log(false) << text;
-            ++writing;
-            for (int after = 0; after < 10; after += closed ? 1 : 0)
-                Log(false) << text << std::flush;
-        });
-    }
-    while (writing < static_cast<int>(threads.size()))
-        std::this_thread::yield();
-    CloseLog();
-    closed = true;
-    for (std::thread& thread : threads)
-        thread.join();
-}
-
 /// Replaces an import until it is called with null.
 template <typename Function>
 void Replace(const char* name, Function* replacement) {
-    static void** const slot = FindImport(name);
-    static void* const original = *slot;
+    static std::map<std::string, void*> originals;
+    void** const slot = FindImport(name);
+    void* const original = originals.try_emplace(name, *slot).first->second;
     SetImport(slot, replacement != nullptr ? reinterpret_cast<void*>(replacement) : original);
 }
 
 using Write = size_t(const void*, size_t, size_t, FILE*);
 using Flush = int(FILE*);
+using Close = int(FILE*);
+
+/// True when the file stays open until a write by another thread has ended.
+bool CloseWaitsForAWrite() {
+    static std::atomic<bool> writing, closed, closedInAWrite;
+    Log(false).flush();
+    Replace<Write>("fwrite", [](const void*, size_t, size_t count, FILE*) -> size_t {
+        writing = true;
+        Sleep(300);
+        closedInAWrite = closed.load();
+        return count;
+    });
+    Replace<Close>("fclose", [](FILE*) -> int {
+        closed = true;
+        return 0;
+    });
+    std::thread writer([] { Log(false) << L"x"; });
+    while (!writing)
+        std::this_thread::yield();
+    CloseLog();
+    writer.join();
+    return closed && !closedInAWrite;
+}
 
 /// Returns the program's exit code so far.
 int Perform(const std::wstring& command, const wchar_t* text) {
@@ -93,8 +96,8 @@ int Perform(const std::wstring& command, const wchar_t* text) {
         CloseLog();
     else if (command == L"threads")
         WriteFromThreads();
-    else if (command == L"close-while-threads-write")
-        CloseWhileThreadsWrite();
+    else if (command == L"close-while-a-thread-writes")
+        return CloseWaitsForAWrite() ? 0 : 1;
     else if (command == L"load")
         LoadLibraryExW(text, nullptr, DONT_RESOLVE_DLL_REFERENCES);
     else if (command == L"remove-folder")
