@@ -66,7 +66,9 @@ using Close = int(FILE*);
 
 /// True when the file stays open until a write by another thread has ended.
 bool CloseWaitsForAWrite() {
-    static std::atomic<bool> writing, closed, closedInAWrite;
+    static std::atomic<bool> writing;
+    static std::atomic<bool> closed;
+    static std::atomic<bool> closedInAWrite;
     Log(false).flush();
     Replace<Write>("fwrite", [](const void*, size_t, size_t count, FILE*) -> size_t {
         writing = true;
