@@ -4,4 +4,4 @@ set -euo pipefail
 cd "$(dirname "$0")"
 lab/machine.sh packages
 lab/machine.sh build
-exec lab/machine.sh display ctest --preset release "$@"
+exec ctest --preset release "$@"

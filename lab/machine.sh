@@ -3,8 +3,13 @@
 #
 #   lab/machine.sh packages           installs what is missing
 #   lab/machine.sh build [TARGET...]  builds the release
-#   lab/machine.sh wine PROGRAM...    runs a Windows program in the prefix that VELLUMKIT_PREFIX names (default: "lab")
-#   lab/machine.sh display COMMAND... runs a command on a virtual display, and ends what still runs in the prefixes
+#   lab/machine.sh wine PROGRAM...    runs a Windows program in a prefix
+#   lab/machine.sh display COMMAND... runs a command on a virtual display of its own, and ends what it left running in
+#                                     the prefix
+#
+# The prefix is the one that VELLUMKIT_PREFIX names (default: "lab"). VELLUMKIT_DPI is the resolution of its screen
+# (default: 96), and VELLUMKIT_FONT the font that stands in for "Segoe UI", which only Windows has; with an empty one
+# there is none.
 #
 # Everything it makes lies in out/, but for the packages and what runs in /tmp while it runs.
 set -euo pipefail
@@ -22,8 +27,13 @@ packages=(
     ninja-build
     shellcheck                   # the check of the scripts
     wine wine64                  # runs the programs
-    fonts-wine                   # Wine draws windows with it
+    fonts-wine                   # Marlett, the signs on a window's caption buttons
+    fonts-open-sans              # stands in for Segoe UI, and is a little wider
+    fonts-noto-cjk               # the same for Chinese
     xvfb xauth                   # a display where there is none; xvfb-run
+    xdotool                      # the user of ./run.sh
+    imagemagick                  # screenshots, contact sheets, comparison of pictures
+    librsvg2-bin icoutils        # rsvg-convert and icotool, which render the artwork
 )
 
 fail() {
@@ -63,45 +73,85 @@ build() {
 # Wine takes its home for Windows' user folders, caches and menus: it gets one of its own.
 enter_prefix() {
     export WINEPREFIX=$prefixes/$1 WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
-    export WINEDLLOVERRIDES="winemenubuilder.exe,mscoree,mshtml="
+    export WINEDLLOVERRIDES="winemenubuilder.exe,winedbg.exe,mscoree,mshtml=" # a crash shall end a program
     export LC_ALL=C.UTF-8 # file names are UTF-8, whatever the shell speaks
     export HOME=$prefixes/home XDG_CACHE_HOME=$prefixes/home XDG_CONFIG_HOME=$prefixes/home XDG_DATA_HOME=$prefixes/home
 }
 
-# A new prefix takes a while: one is made, the others are copies of it.
-make_prefix() (
+# The settings of a prefix's screen. Programs run in a desktop window, which gives them captions and the focus without a
+# window manager.
+screen_settings() { # DPI FONT
+    cat <<TEXT
+Windows Registry Editor Version 5.00
+
+[HKEY_CURRENT_USER\Software\Wine\Explorer]
+"Desktop"="Lab"
+
+[HKEY_CURRENT_USER\Software\Wine\Explorer\Desktops]
+"Lab"="1280x900"
+
+[HKEY_CURRENT_USER\Control Panel\Desktop]
+"LogPixels"=dword:$(printf %08x "$1")
+
+[HKEY_CURRENT_USER\Software\Wine\Fonts]
+"LogPixels"=dword:$(printf %08x "$1")
+TEXT
+    [ -n "$2" ] || return 0
+    cat <<TEXT
+
+[HKEY_CURRENT_USER\Software\Wine\Fonts\Replacements]
+"Segoe UI"="$2"
+"Microsoft Sans Serif"="$2"
+TEXT
+}
+
+# The prefix that all others are copies of, since a new one takes a while.
+make_base_prefix() {
+    rm -rf "$prefixes/base"
+    enter_prefix base
+    wineboot --init >/dev/null 2>&1 || fail "Wine cannot make a prefix in $prefixes"
+    wineserver --wait
+    cp /usr/share/wine/fonts/marlett.ttf "$WINEPREFIX/drive_c/windows/Fonts/" # Wine looks there only
+    touch "$prefixes/base.made"
+}
+
+# The copy shares its files with the base, but for the registry.
+make_prefix() { # NAME SETTINGS
+    rm -rf "${prefixes:?}/$1" "$prefixes/$1.made"
+    cp -al "$prefixes/base" "$prefixes/$1"
+    cp --remove-destination "$prefixes"/base/*.reg "$prefixes/$1"
+    echo "$2" >"$prefixes/$1/screen.reg"
+    enter_prefix "$1"
+    wine regedit /S "$(wine winepath -w "$prefixes/$1/screen.reg")" >/dev/null 2>&1 || fail "Wine takes no settings"
+    wineserver --wait
+    echo "$2" >"$prefixes/$1.made"
+}
+
+# Makes the prefix if it is not there or has other settings.
+provide_prefix() ( # NAME
+    settings=$(screen_settings "${VELLUMKIT_DPI:-96}" "${VELLUMKIT_FONT-Open Sans}")
+    [ "$(cat "$prefixes/$1.made" 2>/dev/null)" != "$settings" ] || exit 0
     mkdir -p "$prefixes/home"
-    exec 9>"$prefixes/lock"
+    exec 9>"$prefixes/lock" # what runs on in the background must not keep it
     flock 9
-    if [ ! -e "$prefixes/base.made" ]; then
-        rm -rf "$prefixes/base"
-        enter_prefix base
-        wineboot --init 9>&- >/dev/null 2>&1 || fail "Wine cannot make a prefix in $prefixes"
-        wineserver --wait
-        touch "$prefixes/base.made"
-    fi
-    if [ ! -e "$prefixes/$1.made" ]; then
-        rm -rf "${prefixes:?}/$1"
-        cp -a --reflink=auto "$prefixes/base" "$prefixes/$1"
-        touch "$prefixes/$1.made"
-    fi
+    [ -e "$prefixes/base.made" ] || (make_base_prefix 9>&-)
+    make_prefix "$1" "$settings" 9>&-
 )
 
 run_wine() {
     local prefix=${VELLUMKIT_PREFIX:-lab}
-    [ -e "$prefixes/$prefix.made" ] || make_prefix "$prefix"
+    provide_prefix "$prefix"
     enter_prefix "$prefix"
     exec wine "$@"
 }
 
 run_on_virtual_display() {
-    local made result=0
+    local result=0
     [ -n "${VELLUMKIT_ON_VIRTUAL_DISPLAY:-}" ] ||
-        VELLUMKIT_ON_VIRTUAL_DISPLAY=1 exec xvfb-run --auto-servernum "$0" display "$@"
+        VELLUMKIT_ON_VIRTUAL_DISPLAY=1 exec xvfb-run --auto-servernum --server-args="-screen 0 1280x900x24" \
+            "$0" display "$@"
     "$@" || result=$?
-    for made in "$prefixes"/*.made; do
-        WINEPREFIX=${made%.made} wineserver --kill || true # fails when nothing runs there
-    done
+    WINEPREFIX=$prefixes/${VELLUMKIT_PREFIX:-lab} wineserver --kill || true # fails when nothing runs there
     exit "$result"
 }
 

@@ -5,7 +5,8 @@
 //     ExitCode=-100
 //     Milliseconds=2000
 //
-// Without such a file it returns 0 at once.
+// Called without one, as in an installation with a window, it reads lab.ini in the temporary folder. Without such a
+// file it returns 0 at once.
 
 #include "core/Log.h"
 #include "core/TempPath.h"
@@ -19,10 +20,13 @@
 
 namespace {
 
-/// The parameters are the temporary folder, which is not quoted, a blank and the path of the configuration file.
+/// The parameters are the temporary folder, which is not quoted, a blank and perhaps the path of the configuration file.
 std::wstring ConfigurationFile(const std::wstring& parameters) {
     const std::wstring folder = TempPath(L"") + L' ';
-    return parameters.starts_with(folder) ? parameters.substr(folder.size()) : std::wstring();
+    if (!parameters.starts_with(folder))
+        return {};
+    const std::wstring file = parameters.substr(folder.size());
+    return file.empty() ? TempPath(L"lab.ini") : file;
 }
 
 /// A decimal number, negative or up to 32 bits wide; 0 when it is missing. `file` must be a whole path.
