@@ -1,0 +1,84 @@
+#include "core/UiLanguage.h"
+
+#include "core/LocalizedStrings.h"
+#include "core/RegistryEntry.h"
+
+#include <comdef.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+namespace {
+
+bool ReadLanguageSetting(int version, const wchar_t* valueName, DWORD type, RegistryEntry& entry) {
+    entry = {.root = HKEY_CURRENT_USER,
+             .subkey = L"Software\\Microsoft\\Office\\" + std::to_wstring(version) + L".0\\Common\\LanguageResources",
+             .valueName = valueName};
+    return entry.Read() && entry.type == type;
+}
+
+bool WindowsUiLanguage(std::wstring& code) {
+    std::array<wchar_t, 32> name{};
+    return GetUserDefaultLocaleName(name.data(), static_cast<int>(name.size())) != 0 &&
+           MatchLocaleName(name.data(), code);
+}
+
+} // namespace
+
+std::wstring SelectUiLanguage() {
+    std::wstring code;
+    try {
+        for (const int version : {16, 15, 14}) {
+            if (OfficeUiLanguage(version, code))
+                return code;
+        }
+        if (WindowsUiLanguage(code))
+            return code;
+    } catch (const _com_error&) { // ends the search
+    }
+    return L"en";
+}
+
+bool OfficeUiLanguage(int version, std::wstring& code) {
+    RegistryEntry setting;
+    if (ReadLanguageSetting(version, L"UILanguage", REG_DWORD, setting) && MatchLcid(setting.dwordData, code))
+        return true;
+    if (!ReadLanguageSetting(version, L"UIFallback", REG_MULTI_SZ, setting))
+        return false;
+    const std::vector<std::wstring> pieces = SplitText(setting.stringData, L";");
+    // A number ends at the first NUL, on purpose: the strings behind the first one don't count.
+    return std::ranges::any_of(pieces, [&code](const std::wstring& piece) {
+        return MatchLcid(static_cast<LCID>(_wtoi(piece.c_str())), code);
+    });
+}
+
+bool MatchLocaleName(std::wstring_view localeName, std::wstring& code) {
+    const std::vector<LanguageEntry>& languages = SupportedLanguages();
+    const auto match = std::ranges::find_if(
+        languages, [localeName](const LanguageEntry& language) { return localeName.starts_with(language.code); });
+    if (match == languages.end())
+        return false;
+    code = match->code;
+    return true;
+}
+
+bool MatchLcid(LCID lcid, std::wstring& code) {
+    if (lcid == 0) // no locale, though Windows may give it the name of the user's own
+        return false;
+    const int size = LCIDToLocaleName(lcid, nullptr, 0, 0);
+    std::wstring name(static_cast<std::size_t>(size), L'\0'); // with its NUL
+    LCIDToLocaleName(lcid, name.data(), size, 0);
+    return MatchLocaleName(name, code);
+}
+
+std::vector<std::wstring> SplitText(std::wstring_view text, std::wstring_view separator) {
+    std::vector<std::wstring> pieces;
+    for (std::size_t start = 0;;) {
+        const std::size_t end = text.find(separator, start);
+        pieces.emplace_back(text.substr(start, end - start));
+        if (end == std::wstring_view::npos)
+            return pieces;
+        start = end + separator.size();
+    }
+}
