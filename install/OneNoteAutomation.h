@@ -30,6 +30,8 @@ struct IOneNoteWindow : IDispatch {
 struct IOneNoteWindows : IDispatch {
     virtual HRESULT STDMETHODCALLTYPE get_Item(std::uint32_t index, IOneNoteWindow** window) = 0;
     virtual HRESULT STDMETHODCALLTYPE get_Count(std::uint32_t* count) = 0;
+    virtual HRESULT STDMETHODCALLTYPE get_NewEnum(IUnknown** enumerator) = 0;
+    virtual HRESULT STDMETHODCALLTYPE get_CurrentWindow(IOneNoteWindow** window) = 0;
 };
 
 /// OneNote itself. The enumerations of the type library stand as 4-byte integers here.
@@ -86,3 +88,13 @@ void ThrowIfCallFailed(HRESULT result, const Interface& object) {
     if (FAILED(result))
         _com_issue_errorex(result, object.GetInterfacePtr(), Interface::GetIID());
 }
+
+// The calls that are made of more than one place. Each throws the `_com_error` of a failing HRESULT, and E_POINTER for
+// a null pointer: that is what _com_ptr_t does when a null one is followed.
+
+/// `CreateOneNoteApplication`, thrown.
+OneNoteApplicationPtr ConnectToOneNote();
+
+OneNoteWindowsPtr WindowsOf(const OneNoteApplicationPtr& application);
+std::uint32_t CountOf(const OneNoteWindowsPtr& windows);
+HWND HandleOf(const OneNoteWindowPtr& window);

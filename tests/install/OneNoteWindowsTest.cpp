@@ -120,13 +120,13 @@ TEST_F(PostedCloses, AreNoneWithoutWindows) {
 }
 
 TEST_F(PostedCloses, AreNoneWhenACollectionIsNull) {
-    oneNote_.NullCollection = true;
+    oneNote_.Null = Call::Windows;
     EXPECT_EQ(Close().result, E_POINTER);
     EXPECT_TRUE(Posted.empty());
 }
 
 TEST_F(PostedCloses, AreNoneWhenTheApplicationIsNull) {
-    oneNote_.NullApplication = true;
+    oneNote_.Null = Call::QueryApplication;
     EXPECT_EQ(Close().result, E_POINTER);
     EXPECT_TRUE(Posted.empty());
 }

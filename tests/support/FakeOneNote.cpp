@@ -2,6 +2,9 @@
 
 #include "tests/support/ComErrors.h"
 
+#include <gtest/gtest.h>
+#include <utility>
+
 namespace {
 
 /// Counts its references in the fake, and lives as long as a client holds one.
@@ -75,18 +78,26 @@ public:
     explicit FakeWindows(FakeOneNote& oneNote) : DualObject(oneNote, IID_IOneNoteWindows) {}
 
     HRESULT STDMETHODCALLTYPE get_Item(std::uint32_t index, IOneNoteWindow** window) override {
-        *window = nullptr;
         const bool last = index + 1 == OneNote.Windows.size();
-        const HRESULT answer = last ? OneNote.Answer(FakeOneNote::Call::Item) : S_OK;
-        if (SUCCEEDED(answer) && OneNote.Windows.at(index) != nullptr) {
-            *window = new FakeWindow(OneNote, OneNote.Windows.at(index));
-            (*window)->AddRef();
-        }
-        return answer;
+        return GiveWindow(index, last ? OneNote.Answer(FakeOneNote::Call::Item) : S_OK, window);
     }
     HRESULT STDMETHODCALLTYPE get_Count(std::uint32_t* count) override {
         *count = static_cast<std::uint32_t>(OneNote.Windows.size());
         return OneNote.Answer(FakeOneNote::Call::Count);
+    }
+    HRESULT STDMETHODCALLTYPE get_NewEnum(IUnknown**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_CurrentWindow(IOneNoteWindow** window) override {
+        return GiveWindow(0, OneNote.Answer(FakeOneNote::Call::CurrentWindow), window);
+    }
+
+private:
+    HRESULT GiveWindow(std::size_t index, HRESULT answer, IOneNoteWindow** window) const {
+        *window = nullptr;
+        if (SUCCEEDED(answer) && index < OneNote.Windows.size() && OneNote.Windows[index] != nullptr) {
+            *window = new FakeWindow(OneNote, OneNote.Windows[index]);
+            (*window)->AddRef();
+        }
+        return answer;
     }
 };
 
@@ -96,18 +107,28 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
         const HRESULT answer = OneNote.Answer(FakeOneNote::Call::QueryApplication);
-        if (iid != IID_IApplication || (SUCCEEDED(answer) && !OneNote.NullApplication))
+        if (iid != IID_IApplication || (SUCCEEDED(answer) && OneNote.Null != FakeOneNote::Call::QueryApplication))
             return DualObject::QueryInterface(iid, object);
         *object = nullptr;
         return answer;
     }
     HRESULT STDMETHODCALLTYPE get_Windows(IOneNoteWindows** windows) override {
         *windows = nullptr;
-        const HRESULT answer = OneNote.Answer(FakeOneNote::Call::Windows);
-        if (SUCCEEDED(answer) && !OneNote.NullCollection) {
+        const auto call =
+            std::exchange(askedForWindows_, true) ? FakeOneNote::Call::WindowsAgain : FakeOneNote::Call::Windows;
+        const HRESULT answer = OneNote.Answer(call);
+        if (SUCCEEDED(answer) && OneNote.Null != call) {
             *windows = new FakeWindows(OneNote);
             (*windows)->AddRef();
         }
+        return answer;
+    }
+
+    HRESULT STDMETHODCALLTYPE NavigateTo(BSTR hierarchyObjectId, BSTR objectId, VARIANT_BOOL newWindow) override {
+        OneNote.Navigations.push_back({Text(hierarchyObjectId), Text(objectId), newWindow});
+        const HRESULT answer = OneNote.Answer(FakeOneNote::Call::NavigateTo);
+        if (SUCCEEDED(answer) && OneNote.OpenedByNavigation != nullptr)
+            OneNote.Windows.push_back(OneNote.OpenedByNavigation);
         return answer;
     }
 
@@ -122,7 +143,6 @@ public:
     HRESULT STDMETHODCALLTYPE UpdatePageContent(BSTR, DATE, std::int32_t, VARIANT_BOOL) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetBinaryPageContent(BSTR, BSTR, BSTR*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE DeletePageContent(BSTR, BSTR, DATE, VARIANT_BOOL) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE NavigateTo(BSTR, BSTR, VARIANT_BOOL) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE NavigateToUrl(BSTR, VARIANT_BOOL) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Publish(BSTR, BSTR, std::int32_t, BSTR) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE OpenPackage(BSTR, BSTR, BSTR*) override { return E_NOTIMPL; }
@@ -136,6 +156,13 @@ public:
     HRESULT STDMETHODCALLTYPE QuickFiling(IDispatch**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE SyncHierarchy(BSTR) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE SetFilingLocation(std::int32_t, std::int32_t, BSTR) override { return E_NOTIMPL; }
+
+private:
+    static std::optional<std::wstring> Text(BSTR text) {
+        return text == nullptr ? std::nullopt : std::optional<std::wstring>(std::in_place, text, SysStringLen(text));
+    }
+
+    bool askedForWindows_ = false;
 };
 
 class FakeFactory : public Object<IClassFactory> {
@@ -191,4 +218,9 @@ HRESULT FakeOneNote::Answer(Call call) const {
         information->Release();
     }
     return failure_->result;
+}
+
+std::ostream& operator<<(std::ostream& stream, const FakeOneNote::Navigation& navigation) {
+    return stream << "NavigateTo(" << testing::PrintToString(navigation.hierarchyObjectId) << ", "
+                  << testing::PrintToString(navigation.objectId) << ", " << navigation.newWindow << ')';
 }
