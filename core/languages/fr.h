@@ -7,7 +7,7 @@ inline constexpr std::array French{
     /* StrClose */ L"&Fermer",
     /* StrGetHelp */ L"Obtenir de l'&aide",
     /* StrRetry */ L"&Réessayer",
-    /* StrStartOneNote */ L"&Démarrer OneNote",
+    /* StrStartOneNote */ L"&Lancer OneNote",
     /* StrTempFileFailed */
     L"Impossible de créer un fichier temporaire. Vérifiez que l'espace disque est suffisant, puis cliquez sur Réessayer.",
     /* StrCheckRunningFailed */ L"Impossible de vérifier si OneNote est en cours d'exécution.",

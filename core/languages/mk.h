@@ -7,7 +7,7 @@ inline constexpr std::array Macedonian{
     /* StrClose */ L"&Затвори",
     /* StrGetHelp */ L"Побарај по&мош",
     /* StrRetry */ L"&Обиди се пак >",
-    /* StrStartOneNote */ L"&Стартувај OneNote",
+    /* StrStartOneNote */ L"&Отвори OneNote",
     /* StrTempFileFailed */
     L"Не може да се создаде привремена датотека. Проверете дали имате доволно простор на дискот, а потоа кликнете на „Обиди се пак“.",
     /* StrCheckRunningFailed */ L"Не може да се провери дали е стартувана апликацијата OneNote.",

@@ -7,7 +7,7 @@ inline constexpr std::array Russian{
     /* StrClose */ L"&Закрыть",
     /* StrGetHelp */ L"По&мощь",
     /* StrRetry */ L"&Повторить >",
-    /* StrStartOneNote */ L"За&пустить OneNote",
+    /* StrStartOneNote */ L"&Открыть OneNote",
     /* StrTempFileFailed */
     L"Не удалось создать временный файл. Убедитесь, что на диске достаточно места, и нажмите кнопку «Повторить».",
     /* StrCheckRunningFailed */ L"Не удалось проверить, запущено ли приложение OneNote.",
