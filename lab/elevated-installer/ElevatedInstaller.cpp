@@ -20,7 +20,7 @@
 
 namespace {
 
-/// The parameters are the temporary folder, which is not quoted, a blank and perhaps the path of the configuration file.
+/// The parameters are the temporary folder, which is not quoted, a blank and perhaps the configuration file's path.
 std::wstring ConfigurationFile(const std::wstring& parameters) {
     const std::wstring folder = TempPath(L"") + L' ';
     if (!parameters.starts_with(folder))
