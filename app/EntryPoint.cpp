@@ -3,8 +3,14 @@
 #include "app/DpiAwareness.h"
 #include "app/ErrorTexts.h"
 #include "app/ProcessState.h"
+#include "app/WorkerThread.h"
 #include "core/LocalizedStrings.h"
+#include "core/Log.h"
+#include "core/UiLanguage.h"
 #include "install/InstallationWorker.h"
+#include "ui/Fonts.h"
+#include "ui/InstallerWindow.h"
+#include "ui/Logo.h"
 
 #include <windows.h>
 
@@ -20,7 +26,8 @@ namespace {
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, wchar_t* commandLine, int /*show*/) {
     EndProcessOnUncaughtErrors();
     _com_util::CheckError(CoInitialize(nullptr)); // a failure is caught by nobody
-    LoadLocalizedStrings(L"en");
+    StartGraphics();
+    LoadLocalizedStrings(SelectUiLanguage());
     FillCustomErrorTexts();
     InstanceHandle = instance;
     CommandLineText = commandLine;
@@ -29,5 +36,11 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, wchar_t* command
 
     if (UnattendedMode)
         return static_cast<int>(InstallationWorker(nullptr));
-    return 0;
+    LoadLogo();
+    if (!CreateInstallerWindow() || !StartWorkerThread())
+        return 0;
+    const int exitCode = RunMessageLoop();
+    StopWorkerThread();
+    CloseLog();
+    return exitCode;
 }

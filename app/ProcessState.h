@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include <gdiplus.h>
+
+#include <memory>
 #include <string>
 
 // The process-wide state. It lives as long as the process, and includes nothing of the project, so that every folder
@@ -25,6 +28,13 @@ inline bool UnattendedMode = false;
 
 /// The installer window; null while there is none, as always in unattended mode.
 inline HWND MainWindow = nullptr;
+
+/// Its right button and its left one.
+inline HWND PrimaryButton = nullptr;
+inline HWND SecondaryButton = nullptr;
+
+/// The logo that the window shows; null when there was no memory for it.
+inline std::unique_ptr<Gdiplus::Bitmap> LogoBitmap;
 
 /// Auto-reset. Signalled by Retry, and when the worker shall end.
 inline HANDLE ContinueEvent = nullptr;

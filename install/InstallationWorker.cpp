@@ -13,37 +13,11 @@
 
 namespace {
 
-void PostState() {
+void PostState(ScreenStatus status) {
+    if (UnattendedMode)
+        return;
+    FillPendingScreenState(status);
     PostMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
-}
-
-void PostInstalling() {
-    PendingScreenState.status = ScreenStatus::Installing;
-    PendingScreenState.primaryEnabled = false;
-    PendingScreenState.secondaryEnabled = false;
-    PendingScreenState.primaryLabel.clear();
-    PendingScreenState.secondaryLabel.clear();
-    PostState(); // the focus index stays as it was
-}
-
-void PostCompleted() {
-    PendingScreenState = {.status = ScreenStatus::Completed,
-                          .primaryEnabled = true,
-                          .secondaryEnabled = true,
-                          .primaryLabel = GetLocalizedString(StrClose),
-                          .secondaryLabel = GetLocalizedString(StrStartOneNote),
-                          .focusIndex = 1};
-    PostState();
-}
-
-void PostFailed() {
-    PendingScreenState = {.status = ScreenStatus::Failed,
-                          .primaryEnabled = true,
-                          .secondaryEnabled = false,
-                          .primaryLabel = GetLocalizedString(StrRetry),
-                          .secondaryLabel = {},
-                          .focusIndex = 0};
-    PostState();
 }
 
 DWORD ExitCode(HANDLE process) {
@@ -72,8 +46,7 @@ void InstallOnce() {
     if (!WaitForOneNoteToExit())
         ThrowWin32Error(ERROR_SHARING_VIOLATION);
     Log(true) << L"State: Installing - OneNote is not running, continuing with install";
-    if (!UnattendedMode)
-        PostInstalling();
+    PostState(ScreenStatus::Installing);
 
     // No owner: the handle of a pass that fails stays open, on purpose.
     const HANDLE installer = ExtractAndRunInstaller();
@@ -83,16 +56,14 @@ void InstallOnce() {
     UpdateSecureProtocols(LR"(Software\Policies\Microsoft\Windows\CurrentVersion\Internet Settings)", false);
 
     Log(true) << L"State: Complete";
-    if (!UnattendedMode)
-        PostCompleted();
+    PostState(ScreenStatus::Completed);
     UniqueHandle{installer}.Reset();
 }
 
 void ReportFailure(const _com_error& error) {
     ErrorText = GetLocalizedString(StrInstallFailed) + L"\n\n" + ComErrorText(error);
     Log(true) << L"ERROR: " << ErrorText;
-    if (!UnattendedMode)
-        PostFailed();
+    PostState(ScreenStatus::Failed);
 }
 
 bool TryInstall() {

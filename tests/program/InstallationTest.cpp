@@ -61,13 +61,6 @@ TEST_F(Installation, Succeeds) {
     EXPECT_EQ(GetValue(InternetSettings, L"SecureProtocols"), Dword(0xA80));
 }
 
-TEST_F(Installation, HappensOnlyWithTheConfigOptionAndAPath) {
-    for (const wchar_t* arguments : {L"", L"/config", L"/config \"\"", L"/CONFIG x", L"/delay x"}) {
-        EXPECT_EQ(Start(arguments).ExitCode(), 0U);
-        EXPECT_FALSE(fs::exists(Target())) << testing::PrintToString(std::wstring(arguments));
-    }
-}
-
 TEST_F(Installation, RemovesWhatDisablesTheAddin) {
     const std::wstring office = L"Software\\Microsoft\\Office\\";
     SetDword((office + L"16.0\\OneNote\\Resiliency\\DisabledItems").c_str(), L"Item", 1);

@@ -8,13 +8,11 @@
 
 namespace {
 
-constexpr wchar_t AutomationClass[] = L"CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}";
-
 class OneNoteShutdown : public Machine {
 protected:
     void SetUp() override {
         Machine::SetUp();
-        RegDeleteTreeW(HKEY_CLASSES_ROOT, AutomationClass); // what a test program that was ended left behind
+        RegisteredAutomation::Remove(); // what a test program that was ended left behind
     }
 
     /// Returns the log when it has an entry that begins so. An entry is on disk once the next one has begun.
@@ -39,21 +37,6 @@ protected:
 };
 
 const std::wstring CannotClose = L"ERROR: Cannot close OneNote Windows: " + SystemErrorText(REGDB_E_CLASSNOTREG);
-
-/// Registers the tests' in-process automation server on this machine as long as it lives.
-class RegisteredAutomation {
-public:
-    RegisteredAutomation() {
-        const std::wstring file = (ProgramFolder() / "onenote-server.dll").wstring();
-        const auto size = static_cast<DWORD>((file.size() + 1) * sizeof(wchar_t));
-        const std::wstring server = std::wstring(AutomationClass) + L"\\InprocServer32";
-        EXPECT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, server.c_str(), nullptr, REG_SZ, file.c_str(), size),
-                  ERROR_SUCCESS);
-    }
-    RegisteredAutomation(const RegisteredAutomation&) = delete;
-    RegisteredAutomation& operator=(const RegisteredAutomation&) = delete;
-    ~RegisteredAutomation() { RegDeleteTreeW(HKEY_CLASSES_ROOT, AutomationClass); }
-};
 
 } // namespace
 

@@ -6,7 +6,7 @@
 /// with a message when it does not import the function. See IMAGE_IMPORT_DESCRIPTOR.
 void** FindImport(const char* name);
 
-/// Writes a slot that `FindImport` gave; import tables may be read-only.
+/// Writes a slot of a table of functions, which may be read-only: one that `FindImport` gave, or one of a vtable.
 void SetImport(void** slot, void* function);
 
 /// What the program calls under that name now. The function's address will not do for a replacement that calls the

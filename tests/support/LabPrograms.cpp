@@ -2,7 +2,11 @@
 
 #include "tests/support/TestFolder.h"
 
+#include <gtest/gtest.h>
+
 namespace {
+
+constexpr wchar_t AutomationClass[] = L"CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}";
 
 std::wstring NewEventName() {
     static int count = 0;
@@ -13,6 +17,17 @@ std::wstring NewEventName() {
 
 std::filesystem::path ElevatedInstaller() {
     return ProgramFolder().parent_path() / "lab/elevated-installer.exe";
+}
+
+RegisteredAutomation::RegisteredAutomation() {
+    const std::wstring file = (ProgramFolder() / "onenote-server.dll").wstring();
+    const auto size = static_cast<DWORD>((file.size() + 1) * sizeof(wchar_t));
+    const std::wstring server = std::wstring(AutomationClass) + L"\\InprocServer32";
+    EXPECT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, server.c_str(), nullptr, REG_SZ, file.c_str(), size), ERROR_SUCCESS);
+}
+
+void RegisteredAutomation::Remove() {
+    RegDeleteTreeW(HKEY_CLASSES_ROOT, AutomationClass);
 }
 
 TargetProgram::TargetProgram(const std::filesystem::path& file, const std::wstring& options)

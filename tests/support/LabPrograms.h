@@ -7,6 +7,17 @@
 /// The stand-in for the elevated installer.
 std::filesystem::path ElevatedInstaller();
 
+/// OneNote's automation on this machine as long as it lives: the tests' in-process server.
+class RegisteredAutomation {
+public:
+    RegisteredAutomation();
+    RegisteredAutomation(const RegisteredAutomation&) = delete;
+    RegisteredAutomation& operator=(const RegisteredAutomation&) = delete;
+    ~RegisteredAutomation() { Remove(); }
+
+    static void Remove();
+};
+
 /// A program that must not run during an installation: the lab's onenote.exe or datebk.exe, or a copy of it under
 /// another name. Ends when it is told to, or with the object.
 class TargetProgram {

@@ -1,0 +1,19 @@
+#include "app/WorkerThread.h"
+
+#include "app/ProcessState.h"
+#include "install/InstallationWorker.h"
+
+bool StartWorkerThread() {
+    ContinueEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    WorkerDoneEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    if (ContinueEvent == nullptr || WorkerDoneEvent == nullptr)
+        return false;
+    QueueUserWorkItem(InstallationWorker, nullptr, WT_EXECUTEDEFAULT);
+    return true;
+}
+
+void StopWorkerThread() {
+    ExitRequested = true;
+    SetEvent(ContinueEvent);
+    WaitForSingleObject(WorkerDoneEvent, INFINITE);
+}

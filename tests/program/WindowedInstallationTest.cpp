@@ -1,0 +1,354 @@
+// Installations with a window, by a person with keyboard and mouse.
+
+#include "app/ProcessState.h"
+#include "core/LocalizedStrings.h"
+#include "tests/support/InstallerScreen.h"
+#include "tests/support/LabPrograms.h"
+#include "tests/support/Layouts.h"
+#include "tests/support/Machine.h"
+#include "tests/support/Registry.h"
+#include "tests/support/User.h"
+#include "tests/support/Watchdog.h"
+#include "ui/Logo.h"
+
+#include <algorithm>
+
+namespace {
+
+const Entries WaitForTheUser{L"Waiting for a signal"};
+const Entries ExitOfTheWorker{L"Exit signalled, returning from background process"};
+
+class WindowedInstallation : public Machine {
+protected:
+    void SetUp() override {
+        Machine::SetUp();
+        InstanceHandle = GetModuleHandleW(nullptr);
+        LoadLocalizedStrings(L"en");
+        LoadLogo();
+    }
+
+    /// What the payload shall do; an installation with a window has no configuration to hand on.
+    void SetPayload(const std::wstring& exitCode, int milliseconds = 0) const { Configuration(exitCode, milliseconds); }
+
+    static std::wstring ErrorFive() { return SystemErrorText(5); }
+
+    /// A pass whose payload returned 5.
+    Entries LogOfFailedPass(bool folderExists = false) const {
+        return Joined({LogOfExtraction(folderExists),
+                       {L"ERROR: Installer reported failure: 5", LogOfFailure(ErrorFive())},
+                       WaitForTheUser});
+    }
+
+    /// A front-end whose first pass failed.
+    struct Failed {
+        Program program;
+        InstallerScreen screen;
+    };
+    Failed StartAndFail() const {
+        SetPayload(L"5");
+        Program program = Start(L"");
+        const InstallerScreen screen(program);
+        screen.AwaitFailure(ErrorFive());
+        return {std::move(program), screen};
+    }
+
+    /// A front-end that has installed.
+    struct Completed {
+        Program program;
+        InstallerScreen screen;
+    };
+    Completed StartAndComplete() const {
+        Program program = Start(L"");
+        const InstallerScreen screen(program);
+        screen.Await(ScreenStatus::Completed);
+        screen.Activate();
+        return {std::move(program), screen};
+    }
+
+    void ExpectStartOfOneNoteFailed() const {
+        const Entries log = Logged();
+        const auto start = std::ranges::find(log, L"Starting OneNote");
+        ASSERT_NE(start, log.end());
+        ASSERT_NE(start + 1, log.end());
+        EXPECT_EQ(*(start + 1), L"ERROR: Failed to start OneNote: " + SystemErrorText(REGDB_E_CLASSNOTREG));
+    }
+};
+
+struct Mnemonic {
+    const char* name;
+    WORD key;
+};
+
+} // namespace
+
+// The four states
+
+TEST_F(WindowedInstallation, ShowsCheckingWithoutButtonsWhileOneNoteRuns) {
+    const TargetProgram oneNote(TargetProgram::OneNote());
+    const Program program = Start(L"");
+    const InstallerScreen screen(program);
+    screen.Await(ScreenStatus::Checking);
+    oneNote.TellToEnd();
+    screen.Await(ScreenStatus::Completed);
+}
+
+TEST_F(WindowedInstallation, ShowsInstallingWithoutButtonsWhileThePayloadRuns) {
+    SetPayload(L"0", 1500);
+    const Program program = Start(L"");
+    const InstallerScreen screen(program);
+    screen.Await(ScreenStatus::Installing);
+    screen.Await(ScreenStatus::Completed);
+}
+
+TEST_F(WindowedInstallation, ShowsFailedWithTheErrorAndRetryFocused) {
+    const Failed failed = StartAndFail();
+    failed.screen.AwaitFocus(failed.screen.Primary());
+    EXPECT_EQ(CaptionOf(failed.screen.Primary()), L"&Retry >");
+    EXPECT_FALSE(IsWindowVisible(failed.screen.Secondary()));
+}
+
+TEST_F(WindowedInstallation, ShowsCompletedWithStartOneNoteFocused) {
+    const Completed completed = StartAndComplete();
+    completed.screen.AwaitFocus(completed.screen.Secondary());
+    EXPECT_EQ(CaptionOf(completed.screen.Primary()), L"&Close");
+    EXPECT_EQ(CaptionOf(completed.screen.Secondary()), L"&Start OneNote");
+}
+
+TEST_F(WindowedInstallation, ShowsTheProgramsOwnTextForItsOwnErrorCode) {
+    SetPayload(L"-100");
+    const Program program = Start(L"");
+    InstallerScreen(program).AwaitFailure(L"Failed to read installation resource. (0xffffff9c)");
+}
+
+TEST_F(WindowedInstallation, SpeaksTheLanguageOfOffice) {
+    constexpr wchar_t Setting[] = L"Software\\Microsoft\\Office\\16.0\\Common\\LanguageResources";
+    SetDword(Setting, L"UILanguage", 0x407);
+    const Program program = Start(L"");
+    const InstallerScreen screen(program);
+    LoadLocalizedStrings(L"de");
+    screen.Await(ScreenStatus::Completed);
+    EXPECT_EQ(CaptionOf(screen.Primary()), L"&Schließen");
+    RegDeleteTreeW(HKEY_CURRENT_USER, Setting);
+}
+
+TEST_F(WindowedInstallation, HappensWithoutTheConfigOptionOrAPath) {
+    for (const wchar_t* arguments : {L"/config", L"/config \"\"", L"/CONFIG x", L"/delay x"}) {
+        const Program program = Start(arguments);
+        const InstallerScreen screen(program);
+        screen.Await(ScreenStatus::Completed);
+        screen.ClickCloseBox();
+        EXPECT_EQ(program.ExitCode(), 0U) << testing::PrintToString(std::wstring(arguments));
+    }
+}
+
+// The ways to its end
+
+TEST_F(WindowedInstallation, EndsWithZeroAndAWholeLogWhenClosed) {
+    const Completed completed = StartAndComplete();
+    User::Click(completed.screen.Primary());
+    EXPECT_EQ(completed.program.ExitCode(), 0U);
+    ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfRepair(), WaitForTheUser, ExitOfTheWorker}));
+    EXPECT_EQ(PayloadCommandLine(), L'"' + Target() + L"\" " + Temporary() + L' ');
+    EXPECT_EQ(GetValue(InternetSettings, L"SecureProtocols"), Dword(0xA80));
+}
+
+TEST_F(WindowedInstallation, InstallsInASecondPassWhenTheUserRetriesWithoutTheCause) {
+    const Failed failed = StartAndFail();
+    SetPayload(L"0", 500);
+    User::Click(failed.screen.Primary());
+    failed.screen.Await(ScreenStatus::Installing);
+    failed.screen.Await(ScreenStatus::Completed);
+    failed.screen.Activate();
+    User::Click(failed.screen.Primary());
+    EXPECT_EQ(failed.program.ExitCode(), 0U);
+    Entries secondSearch = LogOfSearch();
+    secondSearch.erase(secondSearch.begin()); // the worker began once
+    ExpectLog(Joined({LogOfSearch(), LogOfFailedPass(), secondSearch, LogOfExtraction(true), LogOfRepair(),
+                      WaitForTheUser, ExitOfTheWorker}));
+}
+
+TEST_F(WindowedInstallation, ShowsCheckingAfterRetryUntilThePassInstalls) {
+    const Failed failed = StartAndFail();
+    const TargetProgram oneNote(TargetProgram::OneNote());
+    failed.screen.Activate();
+    User::Click(failed.screen.Primary());
+    failed.screen.Await(ScreenStatus::Checking);
+    oneNote.TellToEnd();
+    failed.screen.AwaitFailure(ErrorFive());
+}
+
+TEST_F(WindowedInstallation, EndsWhenStartOneNoteIsPressedThoughOneNoteIsNotRegistered) {
+    const Completed completed = StartAndComplete();
+    User::Click(completed.screen.Secondary());
+    EXPECT_EQ(completed.program.ExitCode(), 0U);
+    ExpectStartOfOneNoteFailed();
+}
+
+TEST_F(WindowedInstallation, EndsWhenStartOneNoteHasBroughtItToTheFront) {
+    const RegisteredAutomation automation;
+    const Completed completed = StartAndComplete();
+    const TargetProgram oneNote(TargetProgram::OneNote());
+    completed.screen.Activate();
+    User::Click(completed.screen.Secondary());
+    EXPECT_EQ(completed.program.ExitCode(), 0U);
+    const Entries log = Logged();
+    EXPECT_NE(std::ranges::find(log, L"Started OneNote"), log.end());
+    EXPECT_EQ(GetForegroundWindow(), oneNote.Window());
+}
+
+// The close box
+
+TEST_F(WindowedInstallation, IsFinishedWhenTheWindowIsClosedInChecking) {
+    const TargetProgram oneNote(TargetProgram::OneNote());
+    const Program program = Start(L"");
+    const InstallerScreen screen(program);
+    screen.Await(ScreenStatus::Checking);
+    screen.ClickCloseBox();
+    screen.AwaitEnd();
+    EXPECT_TRUE(program.IsRunning());
+    oneNote.TellToEnd();
+    EXPECT_EQ(program.ExitCode(), 0U);
+    EXPECT_EQ(GetValue(InternetSettings, L"SecureProtocols"), Dword(0xA80));
+}
+
+TEST_F(WindowedInstallation, IsFinishedWhenTheWindowIsClosedWhileThePayloadRuns) {
+    SetPayload(L"0", 3000);
+    const Program program = Start(L"");
+    const InstallerScreen screen(program);
+    screen.Await(ScreenStatus::Installing);
+    screen.ClickCloseBox();
+    screen.AwaitEnd();
+    EXPECT_TRUE(program.IsRunning());
+    EXPECT_EQ(program.ExitCode(), 0U);
+    ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfRepair(), WaitForTheUser, ExitOfTheWorker}));
+}
+
+TEST_F(WindowedInstallation, EndsWhenTheWindowIsClosedInFailed) {
+    const Failed failed = StartAndFail();
+    failed.screen.ClickCloseBox();
+    EXPECT_EQ(failed.program.ExitCode(), 0U);
+    ExpectLog(Joined({LogOfSearch(), LogOfFailedPass(), ExitOfTheWorker}));
+}
+
+TEST_F(WindowedInstallation, EndsWhenTheWindowIsClosedInCompleted) {
+    const Completed completed = StartAndComplete();
+    completed.screen.ClickCloseBox();
+    EXPECT_EQ(completed.program.ExitCode(), 0U);
+    ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfRepair(), WaitForTheUser, ExitOfTheWorker}));
+}
+
+// Keyboard and mouse
+
+TEST_F(WindowedInstallation, IsRetriedWithSpace) {
+    const Failed failed = StartAndFail();
+    failed.screen.AwaitFocus(failed.screen.Primary());
+    SetPayload(L"0");
+    User::Press({VK_SPACE});
+    failed.screen.Await(ScreenStatus::Completed);
+}
+
+TEST_F(WindowedInstallation, StartsOneNoteWithSpace) {
+    const Completed completed = StartAndComplete();
+    completed.screen.AwaitFocus(completed.screen.Secondary());
+    User::Press({VK_SPACE});
+    EXPECT_EQ(completed.program.ExitCode(), 0U);
+    ExpectStartOfOneNoteFailed();
+}
+
+TEST_F(WindowedInstallation, MovesTheFocusWithTabAndBackWithShift) {
+    const Completed completed = StartAndComplete();
+    const InstallerScreen& screen = completed.screen;
+    screen.AwaitFocus(screen.Secondary());
+    User::Press({VK_TAB});
+    screen.AwaitFocus(screen.Primary());
+    User::Press({VK_TAB});
+    screen.AwaitFocus(screen.Secondary());
+    User::Press({VK_SHIFT, VK_TAB});
+    screen.AwaitFocus(screen.Primary());
+    User::Press({VK_SHIFT, VK_TAB});
+    screen.AwaitFocus(screen.Secondary());
+    User::Press({VK_TAB});
+    screen.AwaitFocus(screen.Primary());
+    User::Press({VK_SPACE});
+    EXPECT_EQ(completed.program.ExitCode(), 0U);
+    EXPECT_EQ(std::ranges::count(Logged(), L"Starting OneNote"), 0);
+}
+
+TEST_F(WindowedInstallation, KeepsTheFocusOnTheOnlyButtonWithTab) {
+    const Failed failed = StartAndFail();
+    failed.screen.AwaitFocus(failed.screen.Primary());
+    User::Press({VK_TAB});
+    Sleep(200);
+    failed.screen.AwaitFocus(failed.screen.Primary());
+}
+
+TEST_F(WindowedInstallation, IsRetriedWithAltAndItsMnemonic) {
+    const Failed failed = StartAndFail();
+    failed.screen.Activate();
+    SetPayload(L"0");
+    User::Press({VK_MENU, 'S'}); // of a button that is not there
+    User::Press({VK_MENU, 'R'});
+    failed.screen.Await(ScreenStatus::Completed);
+    EXPECT_TRUE(failed.screen.IsOpen());
+}
+
+TEST_F(WindowedInstallation, IsClosedWithAltAndItsMnemonic) {
+    const Completed completed = StartAndComplete();
+    User::Press({VK_MENU, 'R'}); // of a caption that is no longer there
+    User::Press({VK_MENU, 'C'});
+    EXPECT_EQ(completed.program.ExitCode(), 0U);
+    EXPECT_EQ(std::ranges::count(Logged(), L"Starting OneNote"), 0);
+}
+
+TEST_F(WindowedInstallation, StartsOneNoteWithAltAndItsMnemonic) {
+    const Completed completed = StartAndComplete();
+    User::Press({VK_MENU, 'S'});
+    EXPECT_EQ(completed.program.ExitCode(), 0U);
+    ExpectStartOfOneNoteFailed();
+}
+
+TEST_F(WindowedInstallation, IgnoresAClickThatIsReleasedOutsideTheButton) {
+    const Completed completed = StartAndComplete();
+    const InstallerScreen& screen = completed.screen;
+    const POINT button = User::MiddleOf(screen.Primary());
+    User::MouseDown(button);
+    screen.AwaitFocus(screen.Primary());
+    User::MouseUp({button.x, button.y - 60 * LayoutHere().pixelsPerInch / 96});
+    Sleep(300);
+    screen.Await(ScreenStatus::Completed);
+    EXPECT_TRUE(completed.program.IsRunning());
+    User::Click(screen.Primary());
+    EXPECT_EQ(completed.program.ExitCode(), 0U);
+}
+
+TEST_F(WindowedInstallation, GivesTheFocusBackToItsButtonAfterAnotherWindowHadIt) {
+    const Completed completed = StartAndComplete();
+    const InstallerScreen& screen = completed.screen;
+    screen.AwaitFocus(screen.Secondary());
+    User::Press({VK_TAB});
+    screen.AwaitFocus(screen.Primary());
+    const TargetProgram other(TargetProgram::OneNote());
+    SetForegroundWindow(other.Window());
+    EXPECT_NE(GetForegroundWindow(), screen.Window());
+    screen.Activate();
+    screen.AwaitFocus(screen.Primary());
+}
+
+// Two at once
+
+TEST_F(WindowedInstallation, SucceedsInBothOfTwoCopiesStartedAtOnce) {
+    const Program first = Start(L"");
+    const Program second = Start(L"");
+    for (const Program* program : {&first, &second}) {
+        const InstallerScreen screen(*program);
+        const Watchdog::Waiting waiting("the end of a pass in one of two copies");
+        while (!IsWindowVisible(screen.Primary()))
+            Sleep(20);
+        screen.Activate();
+        if (CaptionOf(screen.Primary()) == L"&Retry >") // the other one was writing or running the payload
+            User::Press({VK_MENU, 'R'});
+        screen.Await(ScreenStatus::Completed);
+        User::Press({VK_MENU, 'C'});
+        EXPECT_EQ(program->ExitCode(), 0U);
+    }
+}

@@ -1,0 +1,105 @@
+#include "ui/ScreenState.h"
+
+#include <cstddef>
+#include <gtest/gtest.h>
+
+namespace {
+
+// Before any test changes them.
+const ScreenState PendingAtStart = PendingScreenState;
+const ScreenStatus StatusAtStart = CurrentStatus;
+
+struct Screen {
+    const char* name;
+    const wchar_t* language;
+    ScreenStatus status;
+    const wchar_t* primary; // null for a button that is not there
+    const wchar_t* secondary;
+    int focusIndex;
+};
+
+constexpr int FocusBefore = 7;
+
+class Screens : public testing::TestWithParam<Screen> {
+protected:
+    /// Everything differs from what any screen has.
+    void SetUp() override {
+        const bool primary = GetParam().primary != nullptr;
+        const bool secondary = GetParam().secondary != nullptr;
+        PendingScreenState = {GetParam().status == ScreenStatus::Failed ? ScreenStatus::Completed
+                                                                        : ScreenStatus::Failed,
+                              !primary,
+                              !secondary,
+                              L"old",
+                              L"old",
+                              FocusBefore};
+        LoadLocalizedStrings(GetParam().language);
+    }
+    void TearDown() override { PendingScreenState = {}; }
+};
+
+std::wstring Label(const wchar_t* caption) {
+    return caption != nullptr ? caption : L"";
+}
+
+} // namespace
+
+TEST(ScreenStatuses, CountFromZero) {
+    EXPECT_EQ(static_cast<std::int32_t>(ScreenStatus::Checking), 0);
+    EXPECT_EQ(static_cast<std::int32_t>(ScreenStatus::Installing), 1);
+    EXPECT_EQ(static_cast<std::int32_t>(ScreenStatus::Failed), 2);
+    EXPECT_EQ(static_cast<std::int32_t>(ScreenStatus::Completed), 3);
+    EXPECT_EQ(sizeof(ScreenStatus), 4U);
+}
+
+TEST(ScreenStates, HaveTheirFieldsInOrder) {
+    EXPECT_EQ(offsetof(ScreenState, status), 0U);
+    EXPECT_EQ(offsetof(ScreenState, primaryEnabled), 4U);
+    EXPECT_EQ(offsetof(ScreenState, secondaryEnabled), 5U);
+    EXPECT_EQ(offsetof(ScreenState, primaryLabel), 8U);
+    EXPECT_EQ(offsetof(ScreenState, secondaryLabel), 8U + sizeof(std::wstring));
+    EXPECT_EQ(offsetof(ScreenState, focusIndex), 8U + 2 * sizeof(std::wstring));
+    EXPECT_EQ(sizeof ScreenState::focusIndex, 4U);
+}
+
+TEST(ScreenStates, AreCheckingWithoutButtonsAtStart) {
+    EXPECT_EQ(PendingAtStart.status, ScreenStatus::Checking);
+    EXPECT_FALSE(PendingAtStart.primaryEnabled);
+    EXPECT_FALSE(PendingAtStart.secondaryEnabled);
+    EXPECT_EQ(PendingAtStart.primaryLabel, L"");
+    EXPECT_EQ(PendingAtStart.secondaryLabel, L"");
+    EXPECT_EQ(PendingAtStart.focusIndex, 0);
+    EXPECT_EQ(StatusAtStart, ScreenStatus::Checking);
+}
+
+TEST(ScreenStates, AreAppliedByAMessageOfTheirOwn) {
+    EXPECT_EQ(WM_APPLYSTATE, 0x500U);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , Screens,
+    testing::Values(Screen{"Checking", L"en", ScreenStatus::Checking, nullptr, nullptr, FocusBefore},
+                    Screen{"Installing", L"en", ScreenStatus::Installing, nullptr, nullptr, FocusBefore},
+                    Screen{"Failed", L"en", ScreenStatus::Failed, L"&Retry >", nullptr, 0},
+                    Screen{"Completed", L"en", ScreenStatus::Completed, L"&Close", L"&Start OneNote", 1},
+                    Screen{"CheckingInGerman", L"de", ScreenStatus::Checking, nullptr, nullptr, FocusBefore},
+                    Screen{"InstallingInGerman", L"de", ScreenStatus::Installing, nullptr, nullptr, FocusBefore},
+                    Screen{"FailedInGerman", L"de", ScreenStatus::Failed, L"W&iederholen >", nullptr, 0},
+                    Screen{"CompletedInGerman", L"de", ScreenStatus::Completed, L"&Schließen", L"&OneNote starten", 1}),
+    [](const auto& item) { return item.param.name; });
+
+TEST_P(Screens, HaveTheirButtonsAndFocus) {
+    FillPendingScreenState(GetParam().status);
+    EXPECT_EQ(PendingScreenState.status, GetParam().status);
+    EXPECT_EQ(PendingScreenState.primaryEnabled, GetParam().primary != nullptr);
+    EXPECT_EQ(PendingScreenState.secondaryEnabled, GetParam().secondary != nullptr);
+    EXPECT_EQ(PendingScreenState.primaryLabel, Label(GetParam().primary));
+    EXPECT_EQ(PendingScreenState.secondaryLabel, Label(GetParam().secondary));
+    EXPECT_EQ(PendingScreenState.focusIndex, GetParam().focusIndex);
+}
+
+TEST_P(Screens, AreShownLater) {
+    const ScreenStatus shown = CurrentStatus;
+    FillPendingScreenState(GetParam().status);
+    EXPECT_EQ(CurrentStatus, shown);
+}

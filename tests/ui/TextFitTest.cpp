@@ -1,0 +1,127 @@
+// Every text of every language fits its place in the window, measured in the window's own fonts.
+
+#include "app/ErrorTexts.h"
+#include "core/ComError.h"
+#include "core/LocalizedStrings.h"
+#include "tests/support/Layouts.h"
+#include "ui/Fonts.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace {
+
+class TextFit : public testing::TestWithParam<LanguageEntry> {
+protected:
+    void SetUp() override {
+        LoadLocalizedStrings(GetParam().code);
+        FillCustomErrorTexts();
+    }
+    void TearDown() override {
+        LoadLocalizedStrings(L"en");
+        FillCustomErrorTexts();
+    }
+
+    /// What the window shows with the error of that code.
+    static std::wstring FailureText(HRESULT error) {
+        return GetLocalizedString(StrInstallFailed) + L"\n\n" + ComErrorText(_com_error(error));
+    }
+
+    /// Everything that the window can show under its logo in the program's own words.
+    static std::vector<std::wstring> StatusTexts() {
+        return {GetLocalizedString(StrCheckingRequirements), GetLocalizedString(StrInstalling),
+                GetLocalizedString(StrInstallCompleted), FailureText(ErrorReadResource), FailureText(ErrorTempFile)};
+    }
+
+    static std::vector<std::wstring> Captions() {
+        return {GetLocalizedString(StrClose), GetLocalizedString(StrRetry), GetLocalizedString(StrStartOneNote),
+                GetLocalizedString(StrGetHelp)};
+    }
+};
+
+/// What text takes in a box of that width, in pixels.
+Gdiplus::RectF Measured(const std::wstring& text, int width) {
+    const HDC screen = GetDC(nullptr);
+    Gdiplus::RectF extent;
+    {
+        const Gdiplus::Graphics graphics(screen);
+        const Gdiplus::StringFormat wrapped;
+        const Gdiplus::RectF box(0, 0, static_cast<Gdiplus::REAL>(width), 10000);
+        EXPECT_EQ(
+            graphics.MeasureString(text.c_str(), static_cast<INT>(text.size()), &FontAt(0), box, &wrapped, &extent),
+            Gdiplus::Ok);
+    }
+    ReleaseDC(nullptr, screen);
+    return extent;
+}
+
+/// A device context with the font of the buttons.
+class ControlContext {
+public:
+    ControlContext() { SelectObject(context_, ControlFont()); }
+    ControlContext(const ControlContext&) = delete;
+    ControlContext& operator=(const ControlContext&) = delete;
+    ~ControlContext() { DeleteDC(context_); }
+
+    SIZE Measure(const std::wstring& caption) const {
+        RECT area{};
+        DrawTextW(context_, caption.c_str(), -1, &area, DT_CALCRECT | DT_SINGLELINE); // the mnemonic's "&" is no width
+        return {area.right, area.bottom};
+    }
+
+    bool HasGlyphs(const std::wstring& text) const {
+        std::vector<WORD> glyphs(text.size());
+        GetGlyphIndicesW(context_, text.c_str(), static_cast<int>(text.size()), glyphs.data(),
+                         GGI_MARK_NONEXISTING_GLYPHS);
+        return std::ranges::find(glyphs, 0xFFFF) == glyphs.end();
+    }
+
+private:
+    HDC context_ = CreateCompatibleDC(nullptr);
+};
+
+std::string NameOf(const testing::TestParamInfo<LanguageEntry>& item) {
+    std::string name;
+    for (const wchar_t letter : item.param.code)
+        if (letter != L'-')
+            name += static_cast<char>(letter);
+    return name;
+}
+
+} // namespace
+
+TEST_P(TextFit, EveryStatusTextFitsItsBox) {
+    const Gdiplus::Rect box = LayoutHere().text;
+    for (const std::wstring& text : StatusTexts()) {
+        const Gdiplus::RectF extent = Measured(text, box.Width);
+        EXPECT_GT(extent.Height, 0);
+        EXPECT_LE(extent.Height, box.Height) << testing::PrintToString(text);
+        EXPECT_LE(extent.Width, box.Width) << testing::PrintToString(text);
+    }
+}
+
+TEST_P(TextFit, EveryCaptionFitsItsButton) {
+    const Gdiplus::Rect button = LayoutHere().primary;
+    const int margin = LayoutHere().pixelsPerInch / 16; // on either side, 6 pixels at 96 DPI
+    const ControlContext context;
+    for (const std::wstring& caption : Captions()) {
+        const SIZE extent = context.Measure(caption);
+        EXPECT_GT(extent.cx, 0);
+        EXPECT_LE(extent.cx, button.Width - 2 * margin) << testing::PrintToString(caption);
+        EXPECT_LE(extent.cy, button.Height) << testing::PrintToString(caption);
+    }
+}
+
+TEST_P(TextFit, NoGlyphIsMissing) {
+    const ControlContext context;
+    std::vector<std::wstring> texts = StatusTexts();
+    std::ranges::copy(Captions(), std::back_inserter(texts));
+    for (std::wstring& text : texts) {
+        std::erase(text, L'\n');
+        EXPECT_FALSE(text.empty());
+        EXPECT_TRUE(context.HasGlyphs(text)) << testing::PrintToString(text);
+    }
+    EXPECT_FALSE(context.HasGlyphs(L"\xFFFE")) << "which is no character";
+}
+
+INSTANTIATE_TEST_SUITE_P(, TextFit, testing::ValuesIn(SupportedLanguages()), NameOf);

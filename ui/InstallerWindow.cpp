@@ -1,0 +1,183 @@
+#include "ui/InstallerWindow.h"
+
+#include "app/ProcessState.h"
+#include "core/LocalizedStrings.h"
+#include "install/OneNoteStart.h"
+#include "ui/Fonts.h"
+#include "ui/Painting.h"
+#include "ui/WindowLayout.h"
+
+namespace {
+
+constexpr wchar_t WindowClass[] = L"WC_VELLUMKIT_INSTALLER";
+constexpr DWORD WindowStyle = WS_VISIBLE | WS_CLIPCHILDREN | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
+constexpr WORD ApplicationIcon = 100;
+
+/// The control that had the focus when the window was last deactivated.
+HWND SavedFocus = nullptr;
+
+void ApplyButton(HWND button, bool enabled, const std::wstring& label, bool focused) {
+    EnableWindow(button, enabled);
+    ShowWindow(button, enabled ? SW_SHOW : SW_HIDE);
+    SetWindowTextW(button, label.c_str());
+    if (focused && enabled)
+        SetFocus(button);
+}
+
+void Retry() {
+    FillPendingScreenState(ScreenStatus::Checking);
+    ApplyScreenState(PendingScreenState);
+    SetEvent(ContinueEvent);
+}
+
+void OnActivate(WPARAM wParam) {
+    if (LOWORD(wParam) == WA_INACTIVE)
+        SavedFocus = GetFocus();
+}
+
+void OnSetFocus() {
+    if (SavedFocus != nullptr)
+        SetFocus(SavedFocus);
+}
+
+void OnPaint(HWND window) {
+    PAINTSTRUCT paint;
+    const HDC context = BeginPaint(window, &paint);
+    {
+        Gdiplus::Graphics graphics(context);
+        RECT client{};
+        GetClientRect(window, &client);
+        const auto image = RenderScreen(CurrentStatus);
+        graphics.DrawImage(image.get(), INT{client.left}, INT{client.top}, INT{client.right - client.left},
+                           INT{client.bottom - client.top});
+    }
+    EndPaint(window, &paint);
+}
+
+void OnPrimaryButton() {
+    if (CurrentStatus == ScreenStatus::Failed)
+        Retry();
+    else if (CurrentStatus == ScreenStatus::Completed)
+        DestroyWindow(MainWindow);
+}
+
+void OnSecondaryButton() {
+    if (CurrentStatus != ScreenStatus::Completed)
+        return;
+    StartOneNote();
+    DestroyWindow(MainWindow);
+}
+
+void OnCommand(WPARAM wParam, LPARAM lParam) {
+    if (HIWORD(wParam) != BN_CLICKED)
+        return;
+    const HWND control = reinterpret_cast<HWND>(lParam); // the buttons have no id to tell them by
+    if (control == PrimaryButton)
+        OnPrimaryButton();
+    else if (control == SecondaryButton)
+        OnSecondaryButton();
+}
+
+LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    switch (message) {
+    case WM_DESTROY:
+        PostQuitMessage(0);
+        break;
+    case WM_ACTIVATE:
+        OnActivate(wParam);
+        break;
+    case WM_SETFOCUS:
+        OnSetFocus();
+        break;
+    case WM_PAINT:
+        OnPaint(window);
+        break;
+    case WM_COMMAND:
+        OnCommand(wParam, lParam);
+        break;
+    case WM_APPLYSTATE:
+        ApplyScreenState(PendingScreenState);
+        break;
+    default:
+        break;
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
+HICON LoadApplicationIcon(int widthMetric, int heightMetric) {
+    return static_cast<HICON>(LoadImageW(InstanceHandle, MAKEINTRESOURCEW(ApplicationIcon), IMAGE_ICON,
+                                         GetSystemMetrics(widthMetric), GetSystemMetrics(heightMetric), 0));
+}
+
+void RegisterWindowClass() {
+    WNDCLASSEXW description{};
+    description.cbSize = sizeof description;
+    description.lpfnWndProc = WindowProcedure;
+    description.hInstance = InstanceHandle;
+    description.hIcon = LoadApplicationIcon(SM_CXICON, SM_CYICON);
+    description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    description.lpszClassName = WindowClass;
+    description.hIconSm = LoadApplicationIcon(SM_CXSMICON, SM_CYSMICON);
+    RegisterClassExW(&description); // no background brush: the window paints every pixel
+}
+
+/// The outer rectangle, in the middle of the desktop.
+RECT WindowRectangle() {
+    const Gdiplus::Rect client = ClientArea();
+    RECT outer{0, 0, client.Width, client.Height};
+    AdjustWindowRectEx(&outer, WindowStyle, FALSE, 0);
+    const LONG width = outer.right - outer.left;
+    const LONG height = outer.bottom - outer.top;
+    RECT desktop{};
+    GetWindowRect(GetDesktopWindow(), &desktop);
+    const LONG left = (desktop.right - width - desktop.left) / 2;
+    const LONG top = (desktop.bottom - height - desktop.top) / 2;
+    return {left, top, left + width, top + height};
+}
+
+void SetControlFont(HWND window) {
+    SendMessageW(window, WM_SETFONT, reinterpret_cast<WPARAM>(ControlFont()), FALSE);
+}
+
+HWND CreateButton(StringId caption, const Gdiplus::Rect& area) {
+    const HWND button =
+        CreateWindowExW(0, L"Button", GetLocalizedString(caption).c_str(), WS_CHILD | WS_TABSTOP, area.X, area.Y,
+                        area.Width, area.Height, MainWindow, nullptr, InstanceHandle, nullptr);
+    SetControlFont(button);
+    return button;
+}
+
+} // namespace
+
+void ApplyScreenState(const ScreenState& state) {
+    CurrentStatus = state.status;
+    ApplyButton(PrimaryButton, state.primaryEnabled, state.primaryLabel, state.focusIndex == 0);
+    ApplyButton(SecondaryButton, state.secondaryEnabled, state.secondaryLabel, state.focusIndex == 1);
+    InvalidateRect(MainWindow, nullptr, FALSE);
+}
+
+bool CreateInstallerWindow() {
+    RegisterWindowClass();
+    const RECT outer = WindowRectangle();
+    MainWindow =
+        CreateWindowExW(0, WindowClass, L"Vellumkit", WindowStyle, outer.left, outer.top, outer.right - outer.left,
+                        outer.bottom - outer.top, nullptr, nullptr, InstanceHandle, nullptr);
+    if (MainWindow == nullptr)
+        return false;
+    SetControlFont(MainWindow);
+    PrimaryButton = CreateButton(StrRetry, PrimaryButtonArea());
+    SecondaryButton = CreateButton(StrGetHelp, SecondaryButtonArea()); // the captions are never seen
+    ShowWindow(MainWindow, SW_SHOW);
+    return true;
+}
+
+int RunMessageLoop() {
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) != 0) { // a failure, -1, goes on
+        if (!IsDialogMessageW(MainWindow, &message)) {
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
+        }
+    }
+    return static_cast<int>(message.wParam);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "ui/ScreenState.h"
+
+#include <windows.h>
+
+/// Creates and shows `MainWindow`, and in it `PrimaryButton` and `SecondaryButton`, hidden until a state shows them.
+/// False when the window can't be created; a button that can't be is null. Main thread, after `StartGraphics` and
+/// `LoadLogo`.
+///
+/// The window applies `PendingScreenState` on WM_APPLYSTATE, and acts on its buttons by `CurrentStatus`: Retry shows
+/// `Checking` and signals `ContinueEvent`, Close destroys the window, Start OneNote calls `StartOneNote` and destroys
+/// the window, whatever that achieved. Its close box destroys it in every state. Its destruction posts WM_QUIT.
+bool CreateInstallerWindow();
+
+/// Shows a state on the window: the status text, the buttons' captions, and which of them there are. The window's
+/// thread only.
+void ApplyScreenState(const ScreenState& state);
+
+/// Dispatches the thread's messages until WM_QUIT, and returns its exit code. Tab, Space and the mnemonics work as in a
+/// dialog box.
+int RunMessageLoop();

@@ -1,0 +1,36 @@
+#include "ui/Scaling.h"
+
+#include <windows.h>
+
+namespace {
+
+float PixelsPerPoint(int capability) {
+    const HDC screen = GetDC(nullptr);
+    const int pixelsPerInch = GetDeviceCaps(screen, capability);
+    ReleaseDC(nullptr, screen);
+    return static_cast<float>(pixelsPerInch) / 72.0F;
+}
+
+int Rounded(float pixels) {
+    return static_cast<int>(pixels + 0.5F);
+}
+
+} // namespace
+
+float ScaleFactor() {
+    static const float factor = PixelsPerPoint(LOGPIXELSX);
+    return factor;
+}
+
+float VerticalScaleFactor() {
+    static const float factor = PixelsPerPoint(LOGPIXELSY);
+    return factor;
+}
+
+int Scale(float points) {
+    return Rounded(points * ScaleFactor());
+}
+
+int VerticalScale(float points) {
+    return Rounded(points * VerticalScaleFactor());
+}
