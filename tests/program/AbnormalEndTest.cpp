@@ -1,30 +1,12 @@
 // How the real executable ends on an error that nothing catches.
 
-#include "tests/support/LogText.h"
 #include "tests/support/Machine.h"
-
-#include <fstream>
 
 namespace {
 
 constexpr DWORD StatusFatalAppExit = 0x40000015;
 
-class AbnormalEnd : public Machine {
-protected:
-    /// A copy of the front-end that calls another function instead of one that it imports. The loader binds by name, so
-    /// the new name must not be longer and the library must have it.
-    std::filesystem::path WithImportRenamed(const std::string& from, const std::string& to) const {
-        std::filesystem::path program = CopyFrontEnd();
-        std::string bytes = ReadBytes(program);
-        const std::string name = from + '\0';
-        const std::size_t position = bytes.find(name);
-        EXPECT_NE(position, std::string::npos);
-        EXPECT_LE(to.size(), from.size());
-        bytes.replace(position, name.size(), to + std::string(name.size() - to.size(), '\0'));
-        std::ofstream(program, std::ios::binary) << bytes;
-        return program;
-    }
-};
+using AbnormalEnd = Machine;
 
 class UncaughtError : public testing::TestWithParam<const wchar_t*> {};
 
@@ -32,13 +14,22 @@ class UncaughtError : public testing::TestWithParam<const wchar_t*> {};
 
 TEST_F(AbnormalEnd, IsAtOnceAndWithoutADialogWhenComCannotBeInitialised) {
     // ReadClassStm answers the null argument with E_INVALIDARG.
-    const std::filesystem::path program = WithImportRenamed("CoInitialize", "ReadClassStm");
+    const std::filesystem::path program = CopyFrontEndThatCalls("ReadClassStm", "CoInitialize");
     for (const wchar_t* arguments : {L"/config x", L""}) {
         const ULONGLONG start = GetTickCount64();
         EXPECT_EQ(Program(program, arguments, Temporary()).ExitCode(), StatusFatalAppExit);
         EXPECT_LT(GetTickCount64() - start, 5000U);
     }
     EXPECT_FALSE(std::filesystem::exists(Target())) << "nothing may be installed";
+}
+
+TEST_F(AbnormalEnd, IsAtOnceAndWithoutADialogWhenTheLogoIsMissing) {
+    const std::filesystem::path program = CopyFrontEnd();
+    const HANDLE update = BeginUpdateResourceW(program.c_str(), TRUE); // no resource is left
+    EXPECT_TRUE(EndUpdateResourceW(update, FALSE));
+    EXPECT_EQ(Program(program, L"", Temporary()).ExitCode(), StatusFatalAppExit);
+    EXPECT_FALSE(std::filesystem::exists(Target())) << "nothing may be installed";
+    EXPECT_EQ(Program(program, L"/config x", Temporary()).ExitCode(), 1U) << "without a window it needs no logo";
 }
 
 // Errors that the front-end can't be brought to, made by a windowed program that is guarded in the same way.

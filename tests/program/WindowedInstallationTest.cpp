@@ -74,10 +74,14 @@ protected:
     }
 };
 
-struct Mnemonic {
+struct FailingStart {
     const char* name;
-    WORD key;
+    const char* function;
+    /// Of the same library, and returns null for these arguments.
+    const char* replacement;
 };
+
+class FailedStart : public WindowedInstallation, public testing::WithParamInterface<FailingStart> {};
 
 } // namespace
 
@@ -140,6 +144,20 @@ TEST_F(WindowedInstallation, HappensWithoutTheConfigOptionOrAPath) {
         EXPECT_EQ(program.ExitCode(), 0U) << testing::PrintToString(std::wstring(arguments));
     }
 }
+
+// Starts that fail
+
+TEST_P(FailedStart, EndsWithZeroAndInstallsNothing) {
+    const std::filesystem::path program = CopyFrontEndThatCalls(GetParam().replacement, GetParam().function);
+    EXPECT_EQ(Program(program, L"", Temporary()).ExitCode(), 0U);
+    EXPECT_FALSE(std::filesystem::exists(Target()));
+    EXPECT_FALSE(std::filesystem::exists(Temporary() + L"Vellumkit_Install.log"));
+}
+
+INSTANTIATE_TEST_SUITE_P(, FailedStart,
+                         testing::Values(FailingStart{"WithoutAWindow", "CreateWindowExW", "DestroyMenu"},
+                                         FailingStart{"WithoutEvents", "CreateEventW", "LocalFree"}),
+                         [](const auto& item) { return item.param.name; });
 
 // The ways to its end
 

@@ -3,6 +3,7 @@
 #include "tests/support/ComErrors.h"
 #include "tests/support/LabPrograms.h"
 
+#include <fstream>
 #include <iomanip>
 #include <sstream>
 
@@ -49,6 +50,18 @@ fs::path Machine::CopyFrontEnd() const {
     fs::path copy = fs::path(Temporary()) / "copy.exe";
     fs::copy_file(FrontEnd(), copy);
     return copy;
+}
+
+fs::path Machine::CopyFrontEndThatCalls(const std::string& replacement, const std::string& imported) const {
+    fs::path program = CopyFrontEnd();
+    std::string bytes = ReadBytes(program);
+    const std::string name = imported + '\0';
+    const std::size_t position = bytes.find(name);
+    EXPECT_NE(position, std::string::npos);
+    EXPECT_LE(replacement.size(), imported.size());
+    bytes.replace(position, name.size(), replacement + std::string(name.size() - replacement.size(), '\0'));
+    std::ofstream(program, std::ios::binary) << bytes;
+    return program;
 }
 
 std::wstring Machine::Configuration(const std::wstring& exitCode, int milliseconds) const {
