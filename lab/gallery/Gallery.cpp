@@ -1,0 +1,93 @@
+// Shows the installer window in each state and language and saves what the screen shows as PNG files:
+//
+//     gallery.exe FOLDER LANGUAGE...
+//
+// saves FOLDER\de-checking.png and so on. The window, its painting and its buttons are the installer's own. Returns 1
+// when a picture can't be saved.
+
+#include "app/DpiAwareness.h"
+#include "app/ErrorTexts.h"
+#include "app/ProcessState.h"
+#include "core/ComError.h"
+#include "core/LocalizedStrings.h"
+#include "ui/Fonts.h"
+#include "ui/InstallerWindow.h"
+#include "ui/Logo.h"
+
+#include <string>
+
+namespace {
+
+struct Screen {
+    const wchar_t* name;
+    ScreenStatus status;
+    /// Shown by `Failed`.
+    HRESULT error;
+};
+
+constexpr Screen Screens[] = {
+    {L"checking", ScreenStatus::Checking, S_OK},
+    {L"installing", ScreenStatus::Installing, S_OK},
+    {L"failed-read-resource", ScreenStatus::Failed, ErrorReadResource},
+    {L"failed-temporary-file", ScreenStatus::Failed, ErrorTempFile},
+    {L"completed", ScreenStatus::Completed, S_OK},
+};
+
+void DispatchAll() {
+    MSG message{};
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+        DispatchMessageW(&message);
+}
+
+void Show(const Screen& screen) {
+    ErrorText = GetLocalizedString(StrInstallFailed) + L"\n\n" + ComErrorText(_com_error(screen.error));
+    FillPendingScreenState(screen.status);
+    ApplyScreenState(PendingScreenState);
+    DispatchAll();
+    GdiFlush();
+}
+
+bool SavePicture(const std::wstring& file) {
+    RECT area{};
+    GetWindowRect(MainWindow, &area);
+    const int width = area.right - area.left;
+    const int height = area.bottom - area.top;
+    Gdiplus::Bitmap picture(width, height, PixelFormat24bppRGB);
+    {
+        Gdiplus::Graphics graphics(&picture);
+        const HDC target = graphics.GetHDC();
+        const HDC screen = GetDC(nullptr);
+        BitBlt(target, 0, 0, width, height, screen, area.left, area.top, SRCCOPY);
+        ReleaseDC(nullptr, screen);
+        graphics.ReleaseHDC(target);
+    }
+    constexpr CLSID PngEncoder{0x557CF406, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
+    return picture.Save(file.c_str(), &PngEncoder, nullptr) == Gdiplus::Ok;
+}
+
+bool SaveLanguage(const std::wstring& folder, const std::wstring& language) {
+    LoadLocalizedStrings(language);
+    FillCustomErrorTexts();
+    for (const Screen& screen : Screens) {
+        Show(screen);
+        if (!SavePicture(folder + L'\\' + language + L'-' + screen.name + L".png"))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, wchar_t* /*commandLine*/, int /*show*/) {
+    SetDpiAwareness();
+    InstanceHandle = instance;
+    StartGraphics();
+    LoadLogo();
+    if (__argc < 3 || !CreateInstallerWindow())
+        return 1;
+    for (int i = 2; i < __argc; ++i) {
+        if (!SaveLanguage(__wargv[1], __wargv[i]))
+            return 1;
+    }
+    return 0;
+}
