@@ -1,48 +1,69 @@
 #!/usr/bin/env bash
-# Shows the installer at work: installs what is missing, builds, and performs an unattended installation.
+# Shows the installer at work: installs what is missing, builds, and performs an installation.
 set -euo pipefail
 
+languages=(en zh-CN zh-TW cs nl fr de it nb pl pt-BR ru sk es tr mk)
+
 usage() {
-    cat <<'TEXT'
-Usage: ./run.sh [--config FILE]
+    cat <<TEXT
+Usage: ./run.sh [--language CODE] [--dpi N]
+       ./run.sh --config FILE
+       ./run.sh gallery
 
-Performs an unattended installation in a private Wine prefix, then prints the exit code and the log.
+Installs with a window, in a private Wine prefix: on this display, or without one on a virtual display. Goes through all
+of its states by itself, then names a screenshot of each, the exit code and the log.
 
-  --config FILE   the configuration file, given to the elevated installer (default: lab/sample.ini);
-                  what the stand-in for the elevated installer reads from it is explained there
-  --help          this text
+  --language CODE  the language that Microsoft Office has there (default: en), one of
+                   ${languages[*]}
+  --dpi N          the resolution of the screen (default: 96)
+  --config FILE    installs without a window instead, with this configuration file for the elevated installer;
+                   lab/sample.ini explains what its stand-in reads from there
+  gallery          makes pictures of every screen in every language instead
+  --help           this text
 TEXT
 }
 
-config=$(dirname "$0")/lab/sample.ini
+misuse() {
+    echo "run.sh: $*" >&2
+    usage >&2
+    exit 2
+}
+
+installation=window language=en dpi=96
 while [ $# -gt 0 ]; do
     case $1 in
-    --config) [ $# -ge 2 ] || { usage >&2; exit 2; }
-        config=$2; shift 2 ;;
+    --config | --language | --dpi) [ $# -ge 2 ] || misuse "$1 needs an argument" ;;&
+    --config) installation=unattended config=$2; shift 2 ;;
+    --language) language=$2; shift 2 ;;
+    --dpi) dpi=$2; shift 2 ;;
+    gallery) installation=none; shift ;;
     --help) usage; exit ;;
-    *) echo "run.sh: unknown option $1" >&2; usage >&2; exit 2 ;;
+    *) misuse "unknown argument $1" ;;
     esac
 done
-if [ ! -f "$config" ] || [ ! -r "$config" ]; then
-    echo "run.sh: cannot read $config" >&2
-    exit 2
+[[ " ${languages[*]} " = *" $language "* ]] || misuse "unknown language $language"
+[[ $dpi =~ ^[0-9]{2,3}$ && $dpi -ge 72 && $dpi -le 480 ]] || misuse "--dpi takes a number from 72 to 480"
+if [ "$installation" = unattended ]; then
+    [[ -f $config && -r $config ]] || { echo "run.sh: cannot read $config" >&2; exit 2; }
+    config=$(realpath -- "$config")
 fi
-config=$(realpath -- "$config")
 
 cd -- "$(dirname "$0")" >/dev/null
 lab/machine.sh packages
-lab/machine.sh build VellumkitInstaller
-windows_path=$(lab/machine.sh wine winepath -w "$config" | tr -d '\r')
-temporary_folder=$(lab/machine.sh wine cmd /c 'echo %TEMP%' | tr -d '\r')
-log=$(lab/machine.sh wine winepath -u "$temporary_folder\\Vellumkit_Install.log" | tr -d '\r')
-rm -f "$log"
 
-echo "VellumkitInstaller.x64.exe /config \"$windows_path\""
-exit_code=0
-lab/machine.sh wine out/release/VellumkitInstaller.x64.exe /config "$windows_path" || exit_code=$?
-[ -e "$log" ] || { echo "run.sh: the installer wrote no log, exit code $exit_code" >&2; exit 1; }
-echo "Exit code: $exit_code"
-echo "Log: $log"
-iconv -f UTF-16 -t UTF-8 "$log" | tr -d '\r'
-echo
-exit "$exit_code"
+case $installation in
+window)
+    lab/machine.sh build VellumkitInstaller onenote
+    display=()
+    xdotool getdisplaygeometry >/dev/null 2>&1 || display=(lab/machine.sh display)
+    exec "${display[@]}" lab/installation.sh window "$language" "$dpi" out/screenshots
+    ;;
+unattended)
+    lab/machine.sh build VellumkitInstaller
+    exec lab/machine.sh display lab/installation.sh unattended "$config"
+    ;;
+none)
+    lab/machine.sh build gallery
+    exec lab/machine.sh display lab/gallery/gallery.sh
+    ;;
+esac

@@ -4,8 +4,8 @@
 #   lab/machine.sh packages           installs what is missing
 #   lab/machine.sh build [TARGET...]  builds the release
 #   lab/machine.sh wine PROGRAM...    runs a Windows program in a prefix
-#   lab/machine.sh display COMMAND... runs a command on a virtual display of its own, and ends what it left running in
-#                                     the prefix
+#   lab/machine.sh stop               ends what runs in a prefix
+#   lab/machine.sh display COMMAND... runs a command on a virtual display of its own, then stops the prefix
 #
 # The prefix is the one that VELLUMKIT_PREFIX names (default: "lab"). VELLUMKIT_DPI is the resolution of its screen
 # (default: 96), and VELLUMKIT_FONT the font that stands in for "Segoe UI", which only Windows has; with an empty one
@@ -145,13 +145,18 @@ run_wine() {
     exec wine "$@"
 }
 
+stop_wine() {
+    enter_prefix "${VELLUMKIT_PREFIX:-lab}"
+    wineserver --kill || true # fails when nothing runs there
+}
+
 run_on_virtual_display() {
     local result=0
     [ -n "${VELLUMKIT_ON_VIRTUAL_DISPLAY:-}" ] ||
         VELLUMKIT_ON_VIRTUAL_DISPLAY=1 exec xvfb-run --auto-servernum --server-args="-screen 0 1280x900x24" \
             "$0" display "$@"
     "$@" || result=$?
-    WINEPREFIX=$prefixes/${VELLUMKIT_PREFIX:-lab} wineserver --kill || true # fails when nothing runs there
+    stop_wine
     exit "$result"
 }
 
@@ -161,6 +166,7 @@ case $command in
 packages) install_packages ;;
 build) build "$@" ;;
 wine) run_wine "$@" ;;
+stop) stop_wine ;;
 display) run_on_virtual_display "$@" ;;
-*) fail "commands: packages, build, wine, display" ;;
+*) fail "commands: packages, build, wine, stop, display" ;;
 esac

@@ -13,7 +13,7 @@ take_pictures() { # DPI FONT LANGUAGE...
     mkdir -p "$folder"
     export VELLUMKIT_DPI=$1 VELLUMKIT_FONT=$2 VELLUMKIT_PREFIX=gallery-$1-${2##* }
     lab/machine.sh wine out/release/lab/gallery.exe "$(lab/machine.sh wine winepath -w "$folder" | tr -d '\r')" "${@:3}"
-    WINEPREFIX=$PWD/out/wine/$VELLUMKIT_PREFIX wineserver --kill || true # its desktop would lie under the next one
+    lab/machine.sh stop # its desktop would lie under the next one
 }
 
 make_contact_sheet() { # DPI
