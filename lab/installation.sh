@@ -57,8 +57,8 @@ has_logged() { # TEXT
 }
 
 # shellcheck disable=SC2317 # called by await
-runs() { # PROGRAM
-    grep -qsx "$1" /proc/[0-9]*/comm
+has_window() { # CLASS
+    xdotool search --class "$1" >/dev/null 2>&1
 }
 
 set_payload() { # EXIT_CODE
@@ -108,7 +108,7 @@ install_with_window() { # LANGUAGE DPI FOLDER
     set_payload -99
 
     lab/machine.sh wine out/release/lab/onenote.exe &
-    await "OneNote" runs onenote.exe
+    await "OneNote" has_window onenote.exe
     lab/machine.sh wine "$installer" &
     program=$!
     await "the search for OneNote" has_logged "Found process 'onenote.exe'"
