@@ -8,6 +8,7 @@ bool StartWorkerThread() {
     WorkerDoneEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     if (ContinueEvent == nullptr || WorkerDoneEvent == nullptr)
         return false;
+    // Not checked, on purpose: without a worker the window stays as it is.
     QueueUserWorkItem(InstallationWorker, nullptr, WT_EXECUTEDEFAULT);
     return true;
 }

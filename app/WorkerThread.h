@@ -1,8 +1,10 @@
 #pragma once
 
-/// Creates `ContinueEvent` and `WorkerDoneEvent` and runs `InstallationWorker` on a thread of the pool. False when an
-/// event can't be created; then nothing runs. Main thread, once `MainWindow` exists.
+/// Creates `ContinueEvent` and `WorkerDoneEvent`, which live as long as the process, and runs `InstallationWorker` on a
+/// thread of the pool. False when an event can't be created; then nothing runs. That the pool takes the work is not
+/// checked. Main thread, once `MainWindow` exists.
 bool StartWorkerThread();
 
-/// Tells the worker to end and waits for it without a limit, for as long as a pass takes that is under way.
+/// Tells the worker to end and waits for it without a limit, for as long as a pass takes that is under way. Main
+/// thread, after a `StartWorkerThread` that was true.
 void StopWorkerThread();

@@ -18,7 +18,7 @@ bool ReadLanguageSetting(int version, const wchar_t* valueName, DWORD type, Regi
     return entry.Read() && entry.type == type;
 }
 
-bool WindowsUiLanguage(std::wstring& code) {
+bool LanguageOfUserLocale(std::wstring& code) {
     std::array<wchar_t, 32> name{};
     return GetUserDefaultLocaleName(name.data(), static_cast<int>(name.size())) != 0 &&
            MatchLocaleName(name.data(), code);
@@ -33,7 +33,7 @@ std::wstring SelectUiLanguage() {
             if (OfficeUiLanguage(version, code))
                 return code;
         }
-        if (WindowsUiLanguage(code))
+        if (LanguageOfUserLocale(code))
             return code;
     } catch (const _com_error&) { // ends the search
     }
@@ -64,7 +64,7 @@ bool MatchLocaleName(std::wstring_view localeName, std::wstring& code) {
 }
 
 bool MatchLcid(LCID lcid, std::wstring& code) {
-    if (lcid == 0) // no locale, though Windows may give it the name of the user's own
+    if (lcid == 0) // what a text without a number converts to; it names no locale
         return false;
     const int size = LCIDToLocaleName(lcid, nullptr, 0, 0);
     std::wstring name(static_cast<std::size_t>(size), L'\0'); // with its NUL

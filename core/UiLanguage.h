@@ -8,8 +8,9 @@
 
 // Which of the `SupportedLanguages` the installer speaks. Main thread, before a second one exists.
 
-/// Microsoft Office's language for the current user, of the newest Office that names a supported one; else Windows'
-/// language for that user; else "en". Throws no `_com_error`: settings that can't be read count as missing.
+/// Microsoft Office's language for the current user, of the newest Office that names a supported one; else that of the
+/// user's Windows locale; else "en". Throws no `_com_error`: a setting that can't be read counts as missing, and an
+/// error that does come up ends the search with "en".
 std::wstring SelectUiLanguage();
 
 /// True, with `code` set, when the Office of that major version (16, say) is set to a supported language or falls back
@@ -19,8 +20,8 @@ bool OfficeUiLanguage(int version, std::wstring& code);
 /// True, with `code` set, when a supported code is the start of the locale's name ("de-DE"), to the letter.
 bool MatchLocaleName(std::wstring_view localeName, std::wstring& code);
 
-/// `MatchLocaleName` for the locale of an identifier (1031, say). False for one that Windows doesn't know.
+/// `MatchLocaleName` for the locale of an identifier (1031, say). False for 0 and for one that Windows doesn't know.
 bool MatchLcid(LCID lcid, std::wstring& code);
 
-/// What stands before, between and after the separators, in order; empty pieces too.
+/// What stands before, between and after the separators, in order; empty pieces too. `separator` is not empty.
 std::vector<std::wstring> SplitText(std::wstring_view text, std::wstring_view separator);

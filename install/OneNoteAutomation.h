@@ -89,10 +89,10 @@ void ThrowIfCallFailed(HRESULT result, const Interface& object) {
         _com_issue_errorex(result, object.GetInterfacePtr(), Interface::GetIID());
 }
 
-// The calls that are made of more than one place. Each throws the `_com_error` of a failing HRESULT, and E_POINTER for
-// a null pointer: that is what _com_ptr_t does when a null one is followed.
+// The calls that are made from more than one place. Each throws the `_com_error` of a failing HRESULT, and E_POINTER
+// when the pointer it is given is null: that is what _com_ptr_t does when a null one is followed.
 
-/// `CreateOneNoteApplication`, thrown.
+/// Connects as `CreateOneNoteApplication` does. The result may be null though the call succeeded.
 OneNoteApplicationPtr ConnectToOneNote();
 
 OneNoteWindowsPtr WindowsOf(const OneNoteApplicationPtr& application);

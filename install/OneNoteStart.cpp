@@ -13,16 +13,12 @@ void EnsureWindow(const OneNoteApplicationPtr& application) {
     ThrowIfCallFailed(application->NavigateTo(none, none, VARIANT_TRUE), application);
 }
 
-OneNoteWindowPtr CurrentWindow(const OneNoteApplicationPtr& application) {
+void BringToFront(const OneNoteApplicationPtr& application) {
+    CoAllowSetForegroundWindow(application, nullptr); // refused, OneNote comes up behind another window
     const OneNoteWindowsPtr windows = WindowsOf(application);
     OneNoteWindowPtr window;
     ThrowIfCallFailed(windows->get_CurrentWindow(&window), windows);
-    return window;
-}
-
-void BringToFront(const OneNoteApplicationPtr& application) {
-    CoAllowSetForegroundWindow(application, nullptr);
-    SetForegroundWindow(HandleOf(CurrentWindow(application)));
+    SetForegroundWindow(HandleOf(window));
 }
 
 } // namespace

@@ -36,12 +36,12 @@ FontPointer MakeFont(const FontDescription& description) {
         const auto pixels = static_cast<Gdiplus::REAL>(VerticalScale(description.points));
         return std::make_unique<Gdiplus::Font>(family, pixels, description.style, Gdiplus::UnitPixel);
     };
-    // The wrapper has a constructor that takes a name, but falls back to the generic family only on some platforms.
-    const Gdiplus::FontFamily* const generic = Gdiplus::FontFamily::GenericSansSerif();
+    // The constructor that takes a name falls back to the generic family in one compiler's header, and not in
+    // another's.
     const Gdiplus::FontFamily family(description.family);
-    auto font = make(family.GetLastStatus() == Gdiplus::Ok ? &family : generic);
+    auto font = make(family.GetLastStatus() == Gdiplus::Ok ? &family : Gdiplus::FontFamily::GenericSansSerif());
     if (font->GetLastStatus() != Gdiplus::Ok)
-        font = make(generic);
+        font = make(Gdiplus::FontFamily::GenericSansSerif());
     return font;
 }
 
@@ -64,8 +64,8 @@ void MakeHandles() {
 } // namespace
 
 void StartGraphics() {
-    CoInitialize(nullptr);
-    ULONG_PTR token = 0; // not kept: GDI+ is never shut down
+    CoInitialize(nullptr); // once more on this thread, without harm, and never taken back
+    ULONG_PTR token = 0;   // not kept: GDI+ is never shut down
     const Gdiplus::GdiplusStartupInput input;
     Gdiplus::GdiplusStartup(&token, &input, nullptr);
     std::ranges::transform(Descriptions, Fonts.begin(), MakeFont);

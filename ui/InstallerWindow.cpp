@@ -114,6 +114,7 @@ void RegisterWindowClass() {
     description.cbSize = sizeof description;
     description.lpfnWndProc = WindowProcedure;
     description.hInstance = InstanceHandle;
+    // The icons live as long as the class: to the end of the process.
     description.hIcon = LoadApplicationIcon(SM_CXICON, SM_CYICON);
     description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
     description.lpszClassName = WindowClass;

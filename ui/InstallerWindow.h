@@ -13,7 +13,8 @@
 /// the window, whatever that achieved. Its close box destroys it in every state. Its destruction posts WM_QUIT.
 bool CreateInstallerWindow();
 
-/// Shows a state on the window: the status text, the buttons' captions, and which of them there are. The window's
+/// Shows a state on the window: its status becomes `CurrentStatus`, which the next painting shows; the buttons get
+/// their captions, and only the enabled ones are visible; the enabled one of `focusIndex` gets the focus. The window's
 /// thread only.
 void ApplyScreenState(const ScreenState& state);
 

@@ -9,17 +9,18 @@
 
 namespace {
 
+using Memory = std::unique_ptr<void, decltype(&Gdiplus::DllExports::GdipFree)>;
 using StreamPtr = _com_ptr_t<_com_IIID<IStream, &IID_IStream>>;
 
 } // namespace
 
 void LoadLogo() {
-    // As the class's operator new does, but for a null result, which C++ forbids that operator.
-    void* const memory = Gdiplus::DllExports::GdipAlloc(sizeof(Gdiplus::Bitmap));
+    // Allocated by hand: a constructor would run even on a null that the class's own operator new gives.
+    Memory memory(Gdiplus::DllExports::GdipAlloc(sizeof(Gdiplus::Bitmap)), Gdiplus::DllExports::GdipFree);
     if (memory == nullptr)
         return;
-    // The first reference is not released: GDI+ may read for as long as there is a bitmap. Asking for the interface
-    // throws, or leaves the stream null, which makes an empty bitmap.
+    // The creator's reference is never released, on purpose: the stream lives as long as the process. Asking for the
+    // interface throws, or leaves the pointer null, which makes an empty bitmap.
     const StreamPtr stream(static_cast<IUnknown*>(new ResourceStream));
-    LogoBitmap.reset(::new (memory) Gdiplus::Bitmap(stream));
+    LogoBitmap.reset(::new (memory.release()) Gdiplus::Bitmap(stream));
 }

@@ -15,7 +15,7 @@ constexpr Gdiplus::ARGB Black = 0xFF000000;
 
 constexpr Gdiplus::REAL LogoPixels = 64; // of the image, across and down
 
-Gdiplus::RectF Exactly(const Gdiplus::Rect& area) {
+Gdiplus::RectF AsRectF(const Gdiplus::Rect& area) {
     return {static_cast<Gdiplus::REAL>(area.X), static_cast<Gdiplus::REAL>(area.Y),
             static_cast<Gdiplus::REAL>(area.Width), static_cast<Gdiplus::REAL>(area.Height)};
 }
@@ -37,15 +37,15 @@ std::wstring StatusText(ScreenStatus status) {
 void PaintScreen(Gdiplus::Graphics& surface, const std::wstring& text) {
     surface.Clear(Gdiplus::Color(White));
     surface.SetCompositingQuality(Gdiplus::CompositingQualityHighQuality);
-    surface.DrawImage(LogoBitmap.get(), Exactly(LogoArea()), 0, 0, LogoPixels, LogoPixels, Gdiplus::UnitPixel);
+    surface.DrawImage(LogoBitmap.get(), AsRectF(LogoArea()), 0, 0, LogoPixels, LogoPixels, Gdiplus::UnitPixel);
 
     const Gdiplus::SolidBrush bandBrush{Gdiplus::Color(LightGrey)};
     surface.FillRectangle(&bandBrush, ButtonBand());
 
     const Gdiplus::SolidBrush textBrush{Gdiplus::Color(Black)};
     const Gdiplus::StringFormat wrapped; // at word boundaries, from the left top, cut at the box
-    surface.SetClip(StatusTextBox());
-    surface.DrawString(text.c_str(), static_cast<INT>(text.size()), &FontAt(0), Exactly(StatusTextBox()), &wrapped,
+    surface.SetClip(StatusTextBox());    // as the format asks for; not every GDI+ does it in a bitmap
+    surface.DrawString(text.c_str(), static_cast<INT>(text.size()), &FontAt(0), AsRectF(StatusTextBox()), &wrapped,
                        &textBrush);
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <new>
 
 namespace {
 
@@ -110,6 +111,6 @@ HRESULT ResourceStream::Stat(STATSTG* status, DWORD /*flag*/) {
 }
 
 HRESULT ResourceStream::Clone(IStream** clone) {
-    *clone = new ResourceStream(*this);
-    return S_OK;
+    *clone = new (std::nothrow) ResourceStream(*this);
+    return *clone != nullptr ? S_OK : E_OUTOFMEMORY;
 }

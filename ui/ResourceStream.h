@@ -18,13 +18,14 @@ public:
     HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG count, ULONG* bytesRead) override;
     /// E_NOTIMPL.
     HRESULT STDMETHODCALLTYPE Write(const void* buffer, ULONG count, ULONG* bytesWritten) override;
-    /// E_FAIL, and no move, for a target before the start or behind the end, or a `move` beyond 32 bits. An unknown
-    /// `origin` counts from the start.
+    /// E_FAIL, and no move, for a target before the start or behind the end, or a `move` beyond signed 32 bits. An
+    /// unknown `origin` counts from the start.
     HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* newPosition) override;
     /// E_NOTIMPL.
     HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER size) override;
     /// Copies at most `count` bytes to `target` and stores the same sum in both results. E_FAIL, with the results not
-    /// set, when `target` writes another number of bytes than it was given. Throws the `_com_error` of a failing write.
+    /// set, when `target` writes another number of bytes than it was given. The failure of a write is thrown as a
+    /// `_com_error`, not returned: that is deliberate.
     HRESULT STDMETHODCALLTYPE CopyTo(IStream* target, ULARGE_INTEGER count, ULARGE_INTEGER* bytesRead,
                                      ULARGE_INTEGER* bytesWritten) override;
     /// E_NOTIMPL.
@@ -38,10 +39,12 @@ public:
     /// Type and size; never a name, whatever `flag` asks for.
     HRESULT STDMETHODCALLTYPE Stat(STATSTG* status, DWORD flag) override;
     /// A stream over the same bytes at the same position. Its reference count begins at what this one's is, not at 1.
+    /// E_OUTOFMEMORY, with `*clone` null.
     HRESULT STDMETHODCALLTYPE Clone(IStream** clone) override;
 
 private:
     ResourceStream(const ResourceStream&) = default;
+    ~ResourceStream() override = default; // by the last Release
 
     const std::byte* data_ = nullptr; // the module's, never freed
     std::uint32_t size_ = 0;

@@ -32,7 +32,8 @@ struct ScreenState {
 inline constexpr UINT WM_APPLYSTATE = WM_USER + 0x100;
 
 /// The screen that `WM_APPLYSTATE` shows. The worker fills it and posts; the window thread fills it only when the
-/// worker waits for Retry. So it has no lock.
+/// worker waits for Retry. Not locked, on purpose: a pass that fails right after it began may overwrite the record
+/// while the window applies it, and the message that follows shows it whole.
 inline ScreenState PendingScreenState;
 
 /// The status of the screen that was shown last. The window thread's.
@@ -52,6 +53,7 @@ inline void FillPendingScreenState(ScreenStatus status) {
         /* Failed */ {StrRetry, {}, 0},
         /* Completed */ {StrClose, StrStartOneNote, 1},
     }};
+    static_assert(ByStatus.size() == static_cast<std::size_t>(ScreenStatus::Completed) + 1);
     const auto label = [](std::optional<StringId> id) { return id ? GetLocalizedString(*id) : std::wstring(); };
 
     const Buttons& buttons = ByStatus.at(static_cast<std::size_t>(status));

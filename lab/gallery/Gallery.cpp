@@ -14,6 +14,7 @@
 #include "ui/InstallerWindow.h"
 #include "ui/Logo.h"
 
+#include <algorithm>
 #include <string>
 
 namespace {
@@ -68,12 +69,10 @@ bool SavePicture(const std::wstring& file) {
 bool SaveLanguage(const std::wstring& folder, const std::wstring& language) {
     LoadLocalizedStrings(language);
     FillCustomErrorTexts();
-    for (const Screen& screen : Screens) {
+    return std::ranges::all_of(Screens, [&](const Screen& screen) {
         Show(screen);
-        if (!SavePicture(folder + L'\\' + language + L'-' + screen.name + L".png"))
-            return false;
-    }
-    return true;
+        return SavePicture(folder + L'\\' + language + L'-' + screen.name + L".png");
+    });
 }
 
 } // namespace

@@ -68,8 +68,10 @@ public:
 
 private:
     static void** Table() {
-        ResourceStream stream;
-        return *reinterpret_cast<void***>(static_cast<IUnknown*>(&stream));
+        IUnknown* const stream = new ResourceStream;
+        void** const table = *reinterpret_cast<void***>(stream);
+        stream->Release();
+        return table;
     }
     static HRESULT STDMETHODCALLTYPE Refuse(IUnknown*, REFIID, void** object) {
         *object = nullptr;

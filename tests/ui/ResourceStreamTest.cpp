@@ -213,7 +213,7 @@ TEST_P(ResourceStep, ThatFindsNothingFailsTheConstruction) {
     const LONG liveBefore = LiveObjectCount;
     // Each of them returns a pointer; what it is given does not matter here.
     const ImportPatch<void*()> step(GetParam(), []() -> void* { return nullptr; });
-    EXPECT_EQ(ThrownBy([] { const ResourceStream stream; }), E_FAIL);
+    EXPECT_EQ(ThrownBy([] { (new ResourceStream)->Release(); }), E_FAIL);
     EXPECT_EQ(LiveObjectCount, liveBefore);
 }
 
@@ -485,6 +485,17 @@ TEST_F(CloneOfTheLogoStream, IsNotCountedAsLive) {
     IStream* const clone = Cloned();
     EXPECT_EQ(LiveObjectCount, LiveBefore + 1);
     clone->Release();
+}
+
+TEST_F(CloneOfTheLogoStream, IsRefusedWithoutMemory) {
+    IStream* clone = Stream;
+    HRESULT result = S_OK;
+    {
+        const ImportPatch<void*(std::size_t)> allocate("malloc", [](std::size_t) -> void* { return nullptr; });
+        result = Stream->Clone(&clone);
+    }
+    EXPECT_EQ(result, E_OUTOFMEMORY);
+    EXPECT_EQ(clone, nullptr);
 }
 
 // What it is not meant for
