@@ -2,7 +2,8 @@
 # Shows the installer at work: installs what is missing, builds, and performs an installation.
 set -euo pipefail
 
-languages=(en zh-CN zh-TW cs nl fr de it nb pl pt-BR ru sk es tr mk)
+here=$(dirname -- "$(realpath -- "$0")")
+. "$here/lab/languages.sh"
 
 usage() {
     cat <<TEXT
@@ -11,11 +12,11 @@ Usage: ./run.sh [--language CODE] [--dpi N]
        ./run.sh gallery
 
 Installs with a window, in a private Wine prefix: on this display, or without one on a virtual display. Goes through all
-of its states by itself, then names a screenshot of each, the exit code and the log.
+of its states by itself, then shows the log and names the exit code and a screenshot of each state. One at a time.
 
   --language CODE  the language that Microsoft Office has there (default: en), one of
                    ${languages[*]}
-  --dpi N          the resolution of the screen (default: 96)
+  --dpi N          the resolution of the screen, 72 to 288 (default: 96); the desktop has 1280 by 900 pixels
   --config FILE    installs without a window instead, with this configuration file for the elevated installer;
                    lab/sample.ini explains what its stand-in reads from there
   gallery          makes pictures of every screen in every language instead
@@ -23,47 +24,55 @@ of its states by itself, then names a screenshot of each, the exit code and the 
 TEXT
 }
 
-misuse() {
+fail() {
     echo "run.sh: $*" >&2
-    usage >&2
     exit 2
 }
 
-installation=window language=en dpi=96
+misuse() {
+    usage >&2
+    fail "$@"
+}
+
+mode=window language=en dpi=96 config='' settings=0
 while [ $# -gt 0 ]; do
     case $1 in
     --config | --language | --dpi) [ $# -ge 2 ] || misuse "$1 needs an argument" ;;&
-    --config) installation=unattended config=$2; shift 2 ;;
-    --language) language=$2; shift 2 ;;
-    --dpi) dpi=$2; shift 2 ;;
-    gallery) installation=none; shift ;;
+    --config) mode=unattended config=$2; shift 2 ;;
+    --language) language=$2 settings=1; shift 2 ;;
+    --dpi) dpi=$2 settings=1; shift 2 ;;
+    gallery) mode=gallery; shift ;;
     --help) usage; exit ;;
     *) misuse "unknown argument $1" ;;
     esac
 done
-[[ " ${languages[*]} " = *" $language "* ]] || misuse "unknown language $language"
-[[ $dpi =~ ^[0-9]{2,3}$ && $dpi -ge 72 && $dpi -le 480 ]] || misuse "--dpi takes a number from 72 to 480"
-if [ "$installation" = unattended ]; then
-    [[ -f $config && -r $config ]] || { echo "run.sh: cannot read $config" >&2; exit 2; }
+[ "$mode" = window ] || [ "$settings" = 0 ] || misuse "--language and --dpi are for the installation with a window"
+[ "$mode" != gallery ] || [ -z "$config" ] || misuse "the gallery takes no configuration file"
+[[ $language =~ ^[A-Za-z-]+$ && -v office_languages[$language] ]] || misuse "unknown language '$language'"
+[[ $dpi =~ ^[1-9][0-9]{1,2}$ && $dpi -ge 72 && $dpi -le 288 ]] || misuse "--dpi takes a number from 72 to 288"
+if [ "$mode" = unattended ]; then
+    [[ -f $config && -r $config ]] || fail "cannot read $config"
     config=$(realpath -- "$config")
 fi
 
-cd -- "$(dirname "$0")" >/dev/null
+cd -- "$here" >/dev/null
 lab/machine.sh packages
 
-case $installation in
+case $mode in
 window)
     lab/machine.sh build VellumkitInstaller onenote
+    VELLUMKIT_FONT=$(font_of "$language")
+    export VELLUMKIT_FONT VELLUMKIT_DPI=$dpi VELLUMKIT_PREFIX=lab-$language-$dpi
     display=()
     xdotool getdisplaygeometry >/dev/null 2>&1 || display=(lab/machine.sh display)
-    exec "${display[@]}" lab/installation.sh window "$language" "$dpi" out/screenshots
+    exec "${display[@]}" lab/installation.sh window "$language" "out/screenshots/$language-$dpi"
     ;;
 unattended)
     lab/machine.sh build VellumkitInstaller
     exec lab/machine.sh display lab/installation.sh unattended "$config"
     ;;
-none)
+gallery)
     lab/machine.sh build gallery
-    exec lab/machine.sh display lab/gallery/gallery.sh
+    VELLUMKIT_PREFIX=gallery exec lab/machine.sh display lab/gallery/gallery.sh out/gallery 96 144 192
     ;;
 esac

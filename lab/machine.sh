@@ -9,7 +9,7 @@
 #
 # The prefix is the one that VELLUMKIT_PREFIX names (default: "lab"). VELLUMKIT_DPI is the resolution of its screen
 # (default: 96), and VELLUMKIT_FONT the font that stands in for "Segoe UI", which only Windows has; with an empty one
-# there is none.
+# there is none. A prefix that has other settings is made anew, and what runs in it is ended.
 #
 # Everything it makes lies in out/, but for the packages and what runs in /tmp while it runs.
 set -euo pipefail
@@ -32,7 +32,7 @@ packages=(
     fonts-noto-cjk               # the same for Chinese
     xvfb xauth                   # a display where there is none; xvfb-run
     xdotool                      # the user of ./run.sh
-    imagemagick                  # screenshots, contact sheets, comparison of pictures
+    imagemagick                  # screenshots, contact sheets (lettered in Open Sans), comparison of pictures
     librsvg2-bin icoutils        # rsvg-convert and icotool, which render the artwork
 )
 
@@ -107,35 +107,49 @@ TEXT
 
 # The prefix that all others are copies of, since a new one takes a while.
 make_base_prefix() {
-    rm -rf "$prefixes/base"
+    remove_prefix base
     enter_prefix base
     wineboot --init >/dev/null 2>&1 || fail "Wine cannot make a prefix in $prefixes"
     wineserver --wait
     cp /usr/share/wine/fonts/marlett.ttf "$WINEPREFIX/drive_c/windows/Fonts/" # Wine looks there only
-    touch "$prefixes/base.made"
+    wine --version >"$prefixes/base.made"
 }
 
-# The copy shares its files with the base, but for the registry.
+# The copy shares its files with the base, but for those that are written in place.
 make_prefix() { # NAME SETTINGS
-    rm -rf "${prefixes:?}/$1" "$prefixes/$1.made"
+    remove_prefix "$1"
     cp -al "$prefixes/base" "$prefixes/$1"
-    cp --remove-destination "$prefixes"/base/*.reg "$prefixes/$1"
-    echo "$2" >"$prefixes/$1/screen.reg"
+    cp --remove-destination "$prefixes"/base/{*.reg,.update-timestamp} "$prefixes/$1"
+    cp --remove-destination "$prefixes"/base/drive_c/windows/*.ini "$prefixes/$1/drive_c/windows"
     enter_prefix "$1"
-    wine regedit /S "$(wine winepath -w "$prefixes/$1/screen.reg")" >/dev/null 2>&1 || fail "Wine takes no settings"
+    echo "$2" >"$WINEPREFIX/screen.reg"
+    wine regedit /S "$(wine winepath -w "$WINEPREFIX/screen.reg")" >/dev/null 2>&1 || fail "Wine takes no settings"
     wineserver --wait
     echo "$2" >"$prefixes/$1.made"
 }
 
-# Makes the prefix if it is not there or has other settings.
+# Ends what runs there, also what an interrupted script has left.
+remove_prefix() ( # NAME
+    enter_prefix "$1"
+    [ ! -e "$WINEPREFIX" ] || wineserver --kill || true # fails when nothing runs there
+    rm -rf "$WINEPREFIX" "$WINEPREFIX.made"
+)
+
+is_made() { # NAME CONTENT
+    [ "$(cat "$prefixes/$1.made" 2>/dev/null)" = "$2" ]
+}
+
+# Makes the prefix if it is not there or has other settings. What runs on in the background must not keep the lock.
 provide_prefix() ( # NAME
-    settings=$(screen_settings "${VELLUMKIT_DPI:-96}" "${VELLUMKIT_FONT-Open Sans}")
-    [ "$(cat "$prefixes/$1.made" 2>/dev/null)" != "$settings" ] || exit 0
+    dpi=${VELLUMKIT_DPI:-96}
+    [[ $dpi =~ ^[1-9][0-9]{1,2}$ ]] || fail "VELLUMKIT_DPI is no resolution: $dpi"
+    settings=$(screen_settings "$dpi" "${VELLUMKIT_FONT-Open Sans}")
+    version=$(wine --version)
     mkdir -p "$prefixes/home"
-    exec 9>"$prefixes/lock" # what runs on in the background must not keep it
+    exec 9>"$prefixes/lock"
     flock 9
-    [ -e "$prefixes/base.made" ] || (make_base_prefix 9>&-)
-    make_prefix "$1" "$settings" 9>&-
+    is_made base "$version" || { rm -f "$prefixes"/*.made; (make_base_prefix 9>&-); }
+    is_made "$1" "$settings" || make_prefix "$1" "$settings" 9>&-
 )
 
 run_wine() {

@@ -10,11 +10,6 @@ namespace {
 
 class OneNoteShutdown : public Machine {
 protected:
-    void SetUp() override {
-        Machine::SetUp();
-        RegisteredAutomation::Remove(); // what a test program that was ended left behind
-    }
-
     /// Returns the log when it has an entry that begins so. An entry is on disk once the next one has begun.
     std::wstring AwaitEntry(const std::wstring& start) const {
         const Watchdog::Waiting waiting("an entry of the front-end's log");

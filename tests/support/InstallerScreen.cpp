@@ -8,20 +8,26 @@
 
 #include <array>
 #include <gtest/gtest.h>
+#include <stdexcept>
 
 namespace {
 
-/// Waits until `condition` holds.
+/// Waits until `condition` holds. Throws a std::runtime_error, which ends the test, when it does not within half a
+/// minute.
 template <typename Condition>
-void Await(const char* what, Condition condition) {
-    const Watchdog::Waiting waiting(what);
-    while (!condition())
+void WaitUntil(const std::string& what, Condition condition) {
+    const Watchdog::Waiting waiting(what.c_str());
+    const ULONGLONG end = GetTickCount64() + 30000;
+    while (!condition()) {
+        if (GetTickCount64() > end)
+            throw std::runtime_error("waited in vain for " + what);
         Sleep(20);
+    }
 }
 
 HWND AwaitButton(HWND window, const Gdiplus::Rect& area) {
     HWND button = nullptr;
-    Await("a button of the front-end", [&] {
+    WaitUntil("a button of the front-end", [&] {
         const POINT middle{area.X + area.Width / 2, area.Y + area.Height / 2};
         button = ChildWindowFromPointEx(window, middle, CWP_ALL);
         return button != nullptr && button != window;
@@ -36,11 +42,10 @@ HWND FocusOf(HWND window) {
     return information.hwndFocus;
 }
 
-/// A button without a caption is one that nobody sees.
 bool HasCaption(HWND button, const std::wstring& caption) {
-    if (caption.empty())
-        return !IsWindowVisible(button);
-    return IsWindowVisible(button) && IsWindowEnabled(button) && CaptionOf(button) == caption;
+    const bool there = !caption.empty();
+    return (IsWindowVisible(button) != FALSE) == there && (IsWindowEnabled(button) != FALSE) == there &&
+           CaptionOf(button) == caption;
 }
 
 } // namespace
@@ -57,17 +62,21 @@ InstallerScreen::InstallerScreen(const Program& frontEnd)
     : window_(AwaitWindow(frontEnd, L"WC_VELLUMKIT_INSTALLER")), primary_(AwaitButton(window_, LayoutHere().primary)),
       secondary_(AwaitButton(window_, LayoutHere().secondary)) {}
 
-bool InstallerScreen::Shows(ScreenStatus status, const Picture& painted) const {
+bool InstallerScreen::HasButtons(ScreenStatus status) const {
+    // Before the first state is applied they are only hidden.
+    if (status == ScreenStatus::Checking)
+        return !IsWindowVisible(primary_) && !IsWindowVisible(secondary_);
     FillPendingScreenState(status);
-    const Gdiplus::Rect aboveTheButtons(0, 0, painted.width, LayoutHere().primary.Y);
     return HasCaption(primary_, PendingScreenState.primaryLabel) &&
-           HasCaption(secondary_, PendingScreenState.secondaryLabel) &&
-           Cut(User::LookAt(window_), aboveTheButtons) == Cut(painted, aboveTheButtons);
+           HasCaption(secondary_, PendingScreenState.secondaryLabel);
 }
 
 void InstallerScreen::Await(ScreenStatus status) const {
     const Picture painted = PictureOf(*RenderScreen(status));
-    ::Await("a state of the installer window", [&] { return Shows(status, painted); });
+    const Gdiplus::Rect aboveTheButtons(0, 0, painted.width, LayoutHere().primary.Y);
+    WaitUntil("the window in state " + std::to_string(static_cast<int>(status)), [&] {
+        return HasButtons(status) && Cut(User::LookAt(window_), aboveTheButtons) == Cut(painted, aboveTheButtons);
+    });
 }
 
 void InstallerScreen::AwaitFailure(const std::wstring& errorText) const {
@@ -75,30 +84,46 @@ void InstallerScreen::AwaitFailure(const std::wstring& errorText) const {
     Await(ScreenStatus::Failed);
 }
 
+bool InstallerScreen::HasFocus(HWND window) const {
+    return GetForegroundWindow() == window_ && FocusOf(window_) == window;
+}
+
 void InstallerScreen::AwaitFocus(HWND window) const {
-    ::Await("the focus", [&] { return GetForegroundWindow() == window_ && FocusOf(window_) == window; });
+    WaitUntil("the focus on '" + std::filesystem::path(CaptionOf(window)).string() + "'",
+              [&] { return HasFocus(window); });
 }
 
 void InstallerScreen::Activate() const {
     SetForegroundWindow(window_);
-    ::Await("the installer window in front", [&] { return GetForegroundWindow() == window_; });
+    WaitUntil("the installer window in front", [&] { return GetForegroundWindow() == window_; });
+}
+
+void InstallerScreen::AwaitBackground() const {
+    WaitUntil("another window in front", [&] { return GetForegroundWindow() != window_; });
+}
+
+POINT InstallerScreen::FindInCaption(LRESULT part) const {
+    RECT area{};
+    GetWindowRect(window_, &area);
+    const LONG y = area.top + GetSystemMetrics(SM_CYFIXEDFRAME) + GetSystemMetrics(SM_CYCAPTION) / 2;
+    for (LONG x = area.right - 1; x > area.left; --x) {
+        if (SendMessageW(window_, WM_NCHITTEST, 0, MAKELPARAM(x, y)) == part)
+            return {x - GetSystemMetrics(SM_CXSIZE) / 4, y};
+    }
+    throw std::runtime_error("the caption lacks a part");
+}
+
+void InstallerScreen::ClickCaption() const {
+    User::MouseDown(FindInCaption(HTCAPTION));
+    User::MouseUp(FindInCaption(HTCAPTION));
 }
 
 void InstallerScreen::ClickCloseBox() const {
-    RECT area{};
-    GetWindowRect(window_, &area);
-    const LONG y = area.top + GetSystemMetrics(SM_CYCAPTION) / 2 + GetSystemMetrics(SM_CYFIXEDFRAME);
-    for (LONG x = area.right - 1; x > area.left; --x) {
-        if (SendMessageW(window_, WM_NCHITTEST, 0, MAKELPARAM(x, y)) == HTCLOSE) {
-            const POINT box{x - GetSystemMetrics(SM_CXSIZE) / 4, y};
-            User::MouseDown(box);
-            User::MouseUp(box);
-            return;
-        }
-    }
-    ADD_FAILURE() << "there is no close box";
+    const POINT box = FindInCaption(HTCLOSE);
+    User::MouseDown(box);
+    User::MouseUp(box);
 }
 
 void InstallerScreen::AwaitEnd() const {
-    ::Await("the end of the installer window", [this] { return !IsOpen(); });
+    WaitUntil("the end of the installer window", [this] { return !IsOpen(); });
 }

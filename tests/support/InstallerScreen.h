@@ -1,13 +1,12 @@
 #pragma once
 
-#include "tests/support/Picture.h"
 #include "tests/support/Program.h"
 #include "ui/ScreenState.h"
 
 #include <string>
 
 /// The window of a front-end that a test started, as a person sees it. What it waits for is compared with what this
-/// process paints for the same state in its loaded language.
+/// process paints for the same state in its loaded language. Waiting in vain throws, which ends the test.
 class InstallerScreen {
 public:
     /// Waits for the window.
@@ -18,17 +17,20 @@ public:
     HWND Primary() const { return primary_; }
     HWND Secondary() const { return secondary_; }
 
-    /// Waits until the screen shows that state, its text and its buttons.
+    /// Waits until the screen shows that state: its text, and its buttons with their captions, visible and enabled.
     void Await(ScreenStatus status) const;
     /// The same for `Failed`, with what stands under "Installation failed:".
     void AwaitFailure(const std::wstring& errorText) const;
 
-    /// Waits until that window of the front-end has the keyboard focus.
+    /// That window of the front-end has the keyboard focus.
+    bool HasFocus(HWND window) const;
     void AwaitFocus(HWND window) const;
 
     /// Brings the window to the front.
     void Activate() const;
-    /// Clicks the close box.
+    /// Waits until another window is in front.
+    void AwaitBackground() const;
+    void ClickCaption() const;
     void ClickCloseBox() const;
     /// Waits until there is no window any more.
     void AwaitEnd() const;
@@ -36,12 +38,14 @@ public:
     bool IsOpen() const { return IsWindow(window_) != FALSE; }
 
 private:
-    bool Shows(ScreenStatus status, const Picture& painted) const;
+    bool HasButtons(ScreenStatus status) const;
+    /// A point of the frame, on the screen, that is this for the mouse (HTCLOSE, say).
+    POINT FindInCaption(LRESULT part) const;
 
     HWND window_;
     HWND primary_;
     HWND secondary_;
 };
 
-/// The caption of another process's button.
+/// The caption of a button or the title of a window, also of another process.
 std::wstring CaptionOf(HWND button);

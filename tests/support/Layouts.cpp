@@ -1,7 +1,7 @@
 #include "tests/support/Layouts.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cwchar>
 #include <iostream>
 
 namespace {
@@ -48,13 +48,19 @@ int ScreenPixelsPerInch() {
     return pixels;
 }
 
+int WantedPixelsPerInch() {
+    std::array<wchar_t, 16> setting{};
+    if (GetEnvironmentVariableW(L"VELLUMKIT_DPI", setting.data(), static_cast<DWORD>(setting.size())) == 0)
+        return 96;
+    return static_cast<int>(std::wcstol(setting.data(), nullptr, 10));
+}
+
 const Layout& FindLayout() {
-    const char* const setting = std::getenv("VELLUMKIT_DPI");
-    const int wanted = setting != nullptr ? std::atoi(setting) : 96;
+    const int wanted = WantedPixelsPerInch();
     const auto* const layout = std::ranges::find(Layouts, wanted, &Layout::pixelsPerInch);
     if (layout == std::end(Layouts) || ScreenPixelsPerInch() != wanted) {
         std::cout << "the screen has " << ScreenPixelsPerInch() << " DPI, and the tests want " << wanted << std::endl;
-        std::exit(1);
+        ExitProcess(1);
     }
     return *layout;
 }
@@ -76,4 +82,11 @@ std::ostream& Gdiplus::operator<<(std::ostream& stream, const Rect& rectangle) {
 
 Gdiplus::Rect Area(const RECT& rectangle) {
     return {rectangle.left, rectangle.top, rectangle.right - rectangle.left, rectangle.bottom - rectangle.top};
+}
+
+Gdiplus::Rect AreaWithin(HWND window, HWND child) {
+    RECT area{};
+    GetWindowRect(child, &area);
+    MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&area), 2);
+    return Area(area);
 }

@@ -9,7 +9,7 @@
 
 /// The installer window in pixels, worked out by hand from its lengths in points.
 struct Layout {
-    int pixelsPerInch;
+    int pixelsPerInch = 0;
     Gdiplus::Rect client;
     Gdiplus::Rect logo;
     Gdiplus::Rect band;
@@ -17,7 +17,7 @@ struct Layout {
     Gdiplus::Rect primary;
     Gdiplus::Rect secondary;
     /// The heights of the six fonts.
-    std::array<int, 6> fonts;
+    std::array<int, 6> fonts{};
 };
 
 /// The layout for the resolution that VELLUMKIT_DPI asks for (default: 96). Ends the program when it has no layout or
@@ -33,3 +33,6 @@ std::ostream& operator<<(std::ostream& stream, const Rect& rectangle);
 
 /// A Windows rectangle as one of GDI+.
 Gdiplus::Rect Area(const RECT& rectangle);
+
+/// Where a child stands in its window's client area.
+Gdiplus::Rect AreaWithin(HWND window, HWND child);

@@ -1,7 +1,10 @@
 #include "tests/support/Machine.h"
 
+#include "app/ProcessState.h"
+#include "core/LocalizedStrings.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/LabPrograms.h"
+#include "ui/Logo.h"
 
 #include <fstream>
 #include <iomanip>
@@ -127,11 +130,20 @@ std::wstring Machine::LogOfFailure(const std::wstring& errorText) {
     return L"ERROR: Installation failed:\n\n" + errorText;
 }
 
+void WindowedMachine::SetUp() {
+    Machine::SetUp();
+    InstanceHandle = GetModuleHandleW(nullptr);
+    LoadLocalizedStrings(L"en");
+    LoadLogo();
+}
+
 void Machine::ResetSettings() {
     for (const wchar_t* version : {L"14.0", L"15.0", L"16.0"})
         RegDeleteTreeW(HKEY_CURRENT_USER,
                        (std::wstring(L"Software\\Microsoft\\Office\\") + version + L"\\OneNote").c_str());
     RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Office\\OneNote\\AddIns\\Vellumkit.Addin");
+    RegDeleteTreeW(HKEY_CURRENT_USER, OfficeLanguages);
+    RegisteredAutomation::Remove();
     DeleteValue(InternetSettings, L"SecureProtocols");
     DeleteValue(InternetPolicies, L"SecureProtocols");
 }

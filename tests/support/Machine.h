@@ -8,7 +8,7 @@
 #include <string>
 
 /// The machine on which a whole-program test runs the front-end: a temporary folder of the test's own, the current
-/// user's settings without anything that the installer changes, and what it looks like afterwards.
+/// user's settings without anything that the installer changes or reads, and what it looks like afterwards.
 class Machine : public testing::Test {
 protected:
     /// `suffix` becomes the end of the temporary folder's name.
@@ -62,6 +62,12 @@ private:
     TestFolder folder_;
 };
 
+/// One on which the test compares the front-end's window with what it paints itself, in English.
+class WindowedMachine : public Machine {
+protected:
+    void SetUp() override;
+};
+
 /// One list after the other.
 Entries Joined(std::initializer_list<Entries> lists);
 
@@ -69,5 +75,6 @@ Entries Joined(std::initializer_list<Entries> lists);
 std::wstring SystemErrorText(HRESULT result);
 
 inline constexpr wchar_t InternetSettings[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings";
+inline constexpr wchar_t OfficeLanguages[] = L"Software\\Microsoft\\Office\\16.0\\Common\\LanguageResources";
 inline constexpr wchar_t InternetPolicies[] =
     L"Software\\Policies\\Microsoft\\Windows\\CurrentVersion\\Internet Settings";

@@ -43,6 +43,18 @@ Gdiplus::Rect Drawn(const Picture& picture, const Gdiplus::Rect& area, Gdiplus::
     return drawn;
 }
 
+testing::AssertionResult SamePixels(const Picture& left, const Picture& right) {
+    if (left.width != right.width || left.height != right.height)
+        return testing::AssertionFailure()
+               << left.width << " x " << left.height << " and " << right.width << " x " << right.height << " pixels";
+    const auto [in, other] = std::ranges::mismatch(left.pixels, right.pixels);
+    if (in == left.pixels.end())
+        return testing::AssertionSuccess() << "all pixels are the same";
+    const auto index = static_cast<int>(in - left.pixels.begin());
+    return testing::AssertionFailure() << "at " << index % left.width << ", " << index / left.width << " are "
+                                       << std::hex << *in << " and " << *other;
+}
+
 bool IsFilled(const Picture& picture, const Gdiplus::Rect& area, Gdiplus::ARGB colour) {
     const Picture part = Cut(picture, area);
     return std::ranges::all_of(part.pixels, [colour](Gdiplus::ARGB pixel) { return pixel == colour; });

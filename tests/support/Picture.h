@@ -4,6 +4,7 @@
 
 #include <gdiplus.h>
 
+#include <gtest/gtest.h>
 #include <vector>
 
 /// Pixels that a test looks at, row by row from the top, without transparency: 0xFFrrggbb.
@@ -26,6 +27,9 @@ Picture Cut(const Picture& picture, const Gdiplus::Rect& area);
 
 /// The smallest rectangle that has all pixels of `area` that are not of the background's colour; empty without any.
 Gdiplus::Rect Drawn(const Picture& picture, const Gdiplus::Rect& area, Gdiplus::ARGB background = White);
+
+/// A failure names the first pixel that differs.
+testing::AssertionResult SamePixels(const Picture& left, const Picture& right);
 
 /// Every pixel of the area has this colour.
 bool IsFilled(const Picture& picture, const Gdiplus::Rect& area, Gdiplus::ARGB colour);

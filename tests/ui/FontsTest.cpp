@@ -4,6 +4,7 @@
 #include "tests/support/Layouts.h"
 
 #include <array>
+#include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
@@ -117,12 +118,16 @@ TEST_F(Fonts, AreTriedOnceMoreWithTheGenericFamilyWhenTheyCannotBeMade) {
     const ImportPatch<decltype(flat::GdipCreateFont)> create(
         "GdipCreateFont", [](const Gdiplus::GpFontFamily* family, Gdiplus::REAL size, INT style, Gdiplus::Unit unit,
                              Gdiplus::GpFont** font) {
-            Recorded.emplace_back();
+            std::array<wchar_t, LF_FACESIZE> name{};
+            flat::GdipGetFamilyName(family, name.data(), LANG_NEUTRAL);
+            Recorded.emplace_back(name.data());
             return Recorded.size() % 2 != 0 ? NoFont(family, size, style, unit, font)
                                             : original(family, size, style, unit, font);
         });
     StartGraphics();
-    EXPECT_EQ(Recorded.size(), 2 * FontCount);
+    ASSERT_EQ(Recorded.size(), 2 * FontCount);
+    for (std::size_t second = 1; second < Recorded.size(); second += 2)
+        EXPECT_EQ(Recorded[second], NameOf(*Gdiplus::FontFamily::GenericSansSerif()));
     EXPECT_EQ(FontAt(0).GetLastStatus(), Gdiplus::Ok);
 }
 
@@ -132,6 +137,12 @@ TEST_F(Fonts, AreEmptyAndKeepTheirFailureWhenTheGenericFamilyFailsToo) {
     for (std::size_t index = 0; index < FontCount; ++index)
         EXPECT_NE(FontAt(index).GetLastStatus(), Gdiplus::Ok);
 }
+
+namespace {
+
+const LOGFONTW Unfilled{};
+
+} // namespace
 
 TEST_F(Fonts, GetAHandleFromAnUnfilledDescriptionWhenItCannotBeHad) {
     static std::vector<LOGFONTW> descriptions;
@@ -143,8 +154,9 @@ TEST_F(Fonts, GetAHandleFromAnUnfilledDescriptionWhenItCannotBeHad) {
         return static_cast<HFONT>(nullptr);
     });
     StartGraphics();
-    EXPECT_EQ(descriptions.size(), FontCount);
-    EXPECT_EQ(descriptions[0].lfHeight, 0);
+    ASSERT_EQ(descriptions.size(), FontCount);
+    for (const LOGFONTW& description : descriptions)
+        EXPECT_EQ(std::memcmp(&description, &Unfilled, sizeof description), 0);
     EXPECT_EQ(ControlFont(), nullptr);
     EXPECT_EQ(FontAt(0).GetLastStatus(), Gdiplus::GenericError);
 }

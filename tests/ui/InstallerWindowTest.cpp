@@ -36,6 +36,21 @@ void DispatchAll() {
             DispatchMessageW(&message);
 }
 
+HWND NoWindow(DWORD /*extended*/, LPCWSTR /*type*/, LPCWSTR /*title*/, DWORD /*style*/, int /*x*/, int /*y*/,
+              int /*width*/, int /*height*/, HWND /*parent*/, HMENU /*menu*/, HINSTANCE /*module*/, LPVOID /*data*/) {
+    return nullptr;
+}
+
+int WidthOf(HICON icon) {
+    ICONINFO information{};
+    EXPECT_TRUE(GetIconInfo(icon, &information));
+    BITMAP bitmap{};
+    GetObjectW(information.hbmColor, sizeof bitmap, &bitmap);
+    DeleteObject(information.hbmColor);
+    DeleteObject(information.hbmMask);
+    return bitmap.bmWidth;
+}
+
 class InstallerWindow : public testing::Test {
 protected:
     void SetUp() override {
@@ -74,13 +89,6 @@ protected:
 
     /// Signalled since the last question.
     bool WorkerContinues() const { return WaitForSingleObject(continue_.Get(), 0) == WAIT_OBJECT_0; }
-
-    static Gdiplus::Rect AreaOf(HWND button) {
-        RECT area{};
-        GetWindowRect(button, &area);
-        MapWindowPoints(nullptr, MainWindow, reinterpret_cast<POINT*>(&area), 2);
-        return Area(area);
-    }
 
     static Gdiplus::Rect OuterArea() {
         RECT area{};
@@ -140,18 +148,34 @@ TEST_F(InstallerWindow, HasThisClass) {
     EXPECT_STREQ(name.data(), L"WC_VELLUMKIT_INSTALLER");
 }
 
-TEST_F(InstallerWindow, HasItsIconInBothSizes) {
-    const auto sizeOf = [](int which) {
-        ICONINFO information{};
-        GetIconInfo(reinterpret_cast<HICON>(GetClassLongPtrW(MainWindow, which)), &information);
-        BITMAP bitmap{};
-        GetObjectW(information.hbmColor, sizeof bitmap, &bitmap);
-        DeleteObject(information.hbmColor);
-        DeleteObject(information.hbmMask);
-        return std::pair<int, int>(bitmap.bmWidth, bitmap.bmHeight);
-    };
-    EXPECT_EQ(sizeOf(GCLP_HICON), std::pair(GetSystemMetrics(SM_CXICON), GetSystemMetrics(SM_CYICON)));
-    EXPECT_EQ(sizeOf(GCLP_HICONSM), std::pair(GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON)));
+TEST(InstallerWindowClass, HasTheProgramsIconInBothSizes) {
+    using Size = std::pair<int, int>;
+    static std::vector<Size> sizes;
+    sizes.clear();
+    static decltype(&LoadImageW) original;
+    original = ImportedNow<decltype(LoadImageW)>("LoadImageW");
+    const ImportPatch<decltype(LoadImageW)> load(
+        "LoadImageW", [](HINSTANCE module, LPCWSTR name, UINT type, int width, int height, UINT flags) -> HANDLE {
+            EXPECT_EQ(module, InstanceHandle);
+            EXPECT_EQ(name, MAKEINTRESOURCEW(100));
+            EXPECT_EQ(type, static_cast<UINT>(IMAGE_ICON));
+            EXPECT_EQ(flags, 0U);
+            sizes.emplace_back(width, height);
+            return original(module, name, type, width, height, flags);
+        });
+    static WNDCLASSEXW registered;
+    const ImportPatch<decltype(RegisterClassExW)> registration("RegisterClassExW",
+                                                               [](const WNDCLASSEXW* description) -> ATOM {
+                                                                   registered = *description;
+                                                                   return 0;
+                                                               });
+    const ImportPatch<decltype(CreateWindowExW)> create("CreateWindowExW", NoWindow);
+    InstanceHandle = GetModuleHandleW(nullptr);
+    CreateInstallerWindow();
+    EXPECT_EQ(sizes, (std::vector<Size>{{GetSystemMetrics(SM_CXICON), GetSystemMetrics(SM_CYICON)},
+                                        {GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON)}}));
+    EXPECT_EQ(WidthOf(registered.hIcon), GetSystemMetrics(SM_CXICON));
+    EXPECT_EQ(WidthOf(registered.hIconSm), GetSystemMetrics(SM_CXSMICON));
 }
 
 TEST_F(InstallerWindow, HasAClientAreaOfItsLayout) {
@@ -181,8 +205,8 @@ TEST_F(InstallerWindow, HasTwoHiddenPushButtons) {
         EXPECT_STREQ(name.data(), L"Button");
         EXPECT_EQ(SendMessageW(button, WM_GETFONT, 0, 0), reinterpret_cast<LRESULT>(ControlFont()));
     }
-    EXPECT_EQ(AreaOf(PrimaryButton), LayoutHere().primary);
-    EXPECT_EQ(AreaOf(SecondaryButton), LayoutHere().secondary);
+    EXPECT_EQ(AreaWithin(MainWindow, PrimaryButton), LayoutHere().primary);
+    EXPECT_EQ(AreaWithin(MainWindow, SecondaryButton), LayoutHere().secondary);
 }
 
 TEST_F(InstallerWindow, GetsTheControlFontWithItsButtonsWithoutARedraw) {
@@ -207,9 +231,7 @@ TEST_F(InstallerWindow, GetsTheControlFontWithItsButtonsWithoutARedraw) {
 }
 
 TEST(InstallerWindowFailure, IsReportedWhenTheWindowCannotBeCreated) {
-    const ImportPatch<decltype(CreateWindowExW)> create("CreateWindowExW",
-                                                        [](DWORD, LPCWSTR, LPCWSTR, DWORD, int, int, int, int, HWND,
-                                                           HMENU, HINSTANCE, LPVOID) -> HWND { return nullptr; });
+    const ImportPatch<decltype(CreateWindowExW)> create("CreateWindowExW", NoWindow);
     EXPECT_FALSE(CreateInstallerWindow());
     EXPECT_EQ(MainWindow, nullptr);
 }
@@ -251,7 +273,11 @@ TEST_P(State, LooksTheSameWhenItIsAppliedAgain) {
     const StateCase& item = GetParam();
     Show(item.status);
     const HWND focus = GetFocus();
-    Show(item.status);
+    ValidateRect(MainWindow, nullptr);
+    SendMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
+    RECT repainted{};
+    GetUpdateRect(MainWindow, &repainted, FALSE);
+    EXPECT_EQ(Area(repainted), LayoutHere().client);
     EXPECT_EQ(GetFocus(), focus);
     EXPECT_EQ(TextOf(PrimaryButton), item.primary);
     EXPECT_EQ(TextOf(SecondaryButton), item.secondary);
@@ -273,11 +299,16 @@ TEST_F(InstallerWindow, FocusesRetryInFailedAndStartOneNoteInCompleted) {
 }
 
 TEST_F(InstallerWindow, LeavesTheFocusAloneWhenTheButtonOfTheIndexIsDisabled) {
-    SetFocus(MainWindow);
-    for (const std::int32_t index : {0, 1, 7}) {
+    static int calls;
+    calls = 0;
+    const ImportPatch<decltype(SetFocus)> focus("SetFocus", [](HWND) -> HWND {
+        ++calls;
+        return nullptr;
+    });
+    for (const std::int32_t index : {0, 1, 7})
         ApplyScreenState({.status = ScreenStatus::Installing, .focusIndex = index});
-        EXPECT_EQ(GetFocus(), MainWindow);
-    }
+    ApplyScreenState({.status = ScreenStatus::Failed, .primaryEnabled = true, .focusIndex = 1});
+    EXPECT_EQ(calls, 0);
 }
 
 TEST_F(InstallerWindow, RepaintsAllOfItselfWithoutErasingWhenAStateIsApplied) {
@@ -298,13 +329,14 @@ TEST_F(InstallerWindow, RepaintsAllOfItselfWithoutErasingWhenAStateIsApplied) {
 TEST_P(EachStatus, IsPaintedOnTheScreen) {
     Show(GetParam());
     UpdateWindow(MainWindow);
-    Picture seen = User::LookAt(MainWindow);
+    GdiFlush();
+    const Picture seen = User::LookAt(MainWindow);
     const Picture painted = PictureOf(*RenderScreen(GetParam()));
     const Gdiplus::Rect aboveTheButtons(0, 0, painted.width, LayoutHere().primary.Y);
-    EXPECT_TRUE(Cut(seen, aboveTheButtons) == Cut(painted, aboveTheButtons));
+    EXPECT_TRUE(SamePixels(Cut(seen, aboveTheButtons), Cut(painted, aboveTheButtons)));
 }
 
-TEST_F(InstallerWindow, IsPaintedInOneStep) {
+TEST_F(InstallerWindow, IsPaintedWithOneImage) {
     static std::vector<Gdiplus::Rect> areas;
     areas.clear();
     static decltype(&Gdiplus::DllExports::GdipDrawImageRectI) original;
@@ -317,6 +349,38 @@ TEST_F(InstallerWindow, IsPaintedInOneStep) {
         });
     RedrawWindow(MainWindow, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
     EXPECT_EQ(areas, std::vector{LayoutHere().client});
+}
+
+TEST_F(InstallerWindow, EndsThePaintingThatItBegan) {
+    static HDC begun;
+    static HDC ended;
+    begun = ended = nullptr;
+    static decltype(&BeginPaint) originalBegin;
+    originalBegin = ImportedNow<decltype(BeginPaint)>("BeginPaint");
+    const ImportPatch<decltype(BeginPaint)> begin("BeginPaint", [](HWND window, PAINTSTRUCT* paint) {
+        EXPECT_EQ(window, MainWindow);
+        return begun = originalBegin(window, paint);
+    });
+    static decltype(&EndPaint) originalEnd;
+    originalEnd = ImportedNow<decltype(EndPaint)>("EndPaint");
+    const ImportPatch<decltype(EndPaint)> end("EndPaint", [](HWND window, const PAINTSTRUCT* paint) {
+        EXPECT_EQ(window, MainWindow);
+        ended = paint->hdc;
+        return originalEnd(window, paint);
+    });
+    RedrawWindow(MainWindow, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    EXPECT_NE(begun, nullptr);
+    EXPECT_EQ(ended, begun);
+}
+
+TEST_F(InstallerWindow, IsPaintedWithoutALogo) {
+    Show(ScreenStatus::Installing);
+    LogoBitmap.reset();
+    RedrawWindow(MainWindow, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    GdiFlush();
+    const Picture seen = User::LookAt(MainWindow);
+    EXPECT_TRUE(IsFilled(seen, LayoutHere().logo, White));
+    EXPECT_FALSE(Drawn(seen, LayoutHere().text).IsEmptyArea());
 }
 
 // What it does
@@ -438,7 +502,8 @@ TEST_F(InstallerWindow, HandsEveryMessageOnAndReturnsItsResult) {
                                                            messages.push_back(message);
                                                            return 42;
                                                        });
-    const std::vector<UINT> sent{WM_DESTROY, WM_ACTIVATE, WM_PAINT, WM_COMMAND, WM_APPLYSTATE, WM_CLOSE, WM_USER};
+    const std::vector<UINT> sent{WM_DESTROY, WM_ACTIVATE,   WM_SETFOCUS, WM_PAINT,
+                                 WM_COMMAND, WM_APPLYSTATE, WM_CLOSE,    WM_USER};
     for (const UINT message : sent)
         EXPECT_EQ(SendMessageW(MainWindow, message, 1, 0), 42) << message;
     for (const UINT message : sent)
@@ -471,23 +536,30 @@ TEST_F(InstallerWindow, LetsTheLoopGoOnAfterAFailure) {
     EXPECT_EQ(calls, 2);
 }
 
-TEST_F(InstallerWindow, LetsTheLoopDispatchOnlyWhatIsNoDialogKey) {
-    static int dispatched;
-    dispatched = 0;
+TEST_F(InstallerWindow, LetsTheLoopTranslateAndDispatchOnlyWhatIsNoDialogKey) {
+    using Calls = std::vector<std::string>;
+    static Calls calls;
     static bool isDialogKey;
     const ImportPatch<decltype(IsDialogMessageW)> test("IsDialogMessageW", [](HWND window, MSG*) -> BOOL {
         EXPECT_EQ(window, MainWindow);
         return isDialogKey;
     });
+    const ImportPatch<decltype(TranslateMessage)> translate("TranslateMessage", [](const MSG* message) -> BOOL {
+        if (message->message == WM_APP)
+            calls.emplace_back("translate");
+        return FALSE;
+    });
     const ImportPatch<decltype(DispatchMessageW)> dispatch("DispatchMessageW", [](const MSG* message) -> LRESULT {
-        dispatched += message->message == WM_APP ? 1 : 0;
+        if (message->message == WM_APP)
+            calls.emplace_back("dispatch");
         return 0;
     });
     for (const bool key : {true, false}) {
         isDialogKey = key;
+        calls.clear();
         PostMessageW(MainWindow, WM_APP, 0, 0);
         PostQuitMessage(0);
         RunMessageLoop();
-        EXPECT_EQ(dispatched, key ? 0 : 1);
+        EXPECT_EQ(calls, key ? Calls{} : (Calls{"translate", "dispatch"}));
     }
 }

@@ -154,7 +154,7 @@ TEST_F(Painting, LeavesThePlaceOfALogoThatCouldNotBeDecodedWhite) {
 
 TEST_P(StatusText, IsTheOneOfTheStatus) {
     const Picture painted = Paint(GetParam().status);
-    EXPECT_TRUE(painted == PaintText(GetLocalizedString(GetParam().text)));
+    EXPECT_TRUE(SamePixels(painted, PaintText(GetLocalizedString(GetParam().text))));
     EXPECT_FALSE(painted == PaintText(L"Another text"));
 }
 
@@ -168,7 +168,7 @@ TEST_F(Painting, HasNoTextForAnUnknownStatus) {
     for (const int status : {-1, 4, 99}) {
         const Picture picture = Paint(static_cast<ScreenStatus>(status));
         EXPECT_TRUE(DrawnText(picture).IsEmptyArea());
-        EXPECT_TRUE(picture == PaintText(L""));
+        EXPECT_TRUE(SamePixels(picture, PaintText(L"")));
     }
 }
 
@@ -179,6 +179,37 @@ TEST_F(Painting, BeginsItsTextAtTheLeftTopOfTheBox) {
     EXPECT_LT(drawn.X, layout_.text.X + line / 2);
     EXPECT_GE(drawn.Y, layout_.text.Y);
     EXPECT_LT(drawn.GetBottom(), layout_.text.Y + line);
+}
+
+TEST_F(Painting, WritesInTheFontOfTheWindowIntoTheBox) {
+    static Gdiplus::REAL size;
+    static INT style;
+    static Gdiplus::RectF box;
+    static INT flags;
+    static Gdiplus::StringAlignment across;
+    static Gdiplus::StringAlignment down;
+    const ImportPatch<decltype(flat::GdipDrawString)> draw(
+        "GdipDrawString",
+        [](Gdiplus::GpGraphics*, const WCHAR*, INT, const Gdiplus::GpFont* font, const Gdiplus::RectF* area,
+           const Gdiplus::GpStringFormat* format, const Gdiplus::GpBrush*) {
+            auto* const asked = const_cast<Gdiplus::GpFont*>(font); // the getters take it so
+            flat::GdipGetFontSize(asked, &size);
+            flat::GdipGetFontStyle(asked, &style);
+            box = *area;
+            flat::GdipGetStringFormatFlags(format, &flags);
+            flat::GdipGetStringFormatAlign(format, &across);
+            flat::GdipGetStringFormatLineAlign(format, &down);
+            return Gdiplus::GenericError; // which nobody checks
+        });
+    Paint(ScreenStatus::Checking);
+    EXPECT_EQ(size, static_cast<Gdiplus::REAL>(layout_.fonts[0]));
+    EXPECT_EQ(style, Gdiplus::FontStyleRegular);
+    EXPECT_EQ(Gdiplus::Rect(static_cast<INT>(box.X), static_cast<INT>(box.Y), static_cast<INT>(box.Width),
+                            static_cast<INT>(box.Height)),
+              layout_.text);
+    EXPECT_EQ(flags, 0);
+    EXPECT_EQ(across, Gdiplus::StringAlignmentNear);
+    EXPECT_EQ(down, Gdiplus::StringAlignmentNear);
 }
 
 TEST_F(Painting, WrapsTextBetweenWords) {

@@ -488,13 +488,12 @@ TEST_F(CloneOfTheLogoStream, IsNotCountedAsLive) {
 }
 
 TEST_F(CloneOfTheLogoStream, IsRefusedWithoutMemory) {
+    static void* (*original)(std::size_t);
+    original = ImportedNow<void*(std::size_t)>("malloc");
+    const ImportPatch<void*(std::size_t)> allocate(
+        "malloc", [](std::size_t size) -> void* { return size == sizeof(ResourceStream) ? nullptr : original(size); });
     IStream* clone = Stream;
-    HRESULT result = S_OK;
-    {
-        const ImportPatch<void*(std::size_t)> allocate("malloc", [](std::size_t) -> void* { return nullptr; });
-        result = Stream->Clone(&clone);
-    }
-    EXPECT_EQ(result, E_OUTOFMEMORY);
+    EXPECT_EQ(Stream->Clone(&clone), E_OUTOFMEMORY);
     EXPECT_EQ(clone, nullptr);
 }
 

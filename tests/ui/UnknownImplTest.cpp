@@ -3,8 +3,8 @@
 #include <objidl.h>
 
 #include <array>
+#include <atomic>
 #include <gtest/gtest.h>
-#include <latch>
 #include <memory>
 #include <thread>
 
@@ -70,10 +70,11 @@ TEST_F(CountedObject, IsLiveUntilItsLastReferenceIsReleased) {
 
 TEST_F(CountedObject, KeepsCountForManyThreads) {
     std::array<std::thread, 4> threads;
-    std::latch start(threads.size()); // so that they meet
+    std::atomic<std::size_t> ready = 0; // so that they meet
     for (std::thread& thread : threads) {
-        thread = std::thread([this, &start] {
-            start.arrive_and_wait();
+        thread = std::thread([this, &ready, &threads] {
+            for (++ready; ready != threads.size();)
+                std::this_thread::yield();
             for (int i = 0; i < 300000; ++i) {
                 Object->AddRef();
                 Object->AddRef();
