@@ -51,6 +51,13 @@ int WidthOf(HICON icon) {
     return bitmap.bmWidth;
 }
 
+/// What is drawn may reach the screen a little later.
+void WaitForTheScreen() {
+    GdiFlush();
+    Sleep(200);
+    DispatchAll();
+}
+
 class InstallerWindow : public testing::Test {
 protected:
     void SetUp() override {
@@ -329,7 +336,7 @@ TEST_F(InstallerWindow, RepaintsAllOfItselfWithoutErasingWhenAStateIsApplied) {
 TEST_P(EachStatus, IsPaintedOnTheScreen) {
     Show(GetParam());
     UpdateWindow(MainWindow);
-    GdiFlush();
+    WaitForTheScreen();
     const Picture seen = User::LookAt(MainWindow);
     const Picture painted = PictureOf(*RenderScreen(GetParam()));
     const Gdiplus::Rect aboveTheButtons(0, 0, painted.width, LayoutHere().primary.Y);
@@ -377,7 +384,7 @@ TEST_F(InstallerWindow, IsPaintedWithoutALogo) {
     Show(ScreenStatus::Installing);
     LogoBitmap.reset();
     RedrawWindow(MainWindow, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
-    GdiFlush();
+    WaitForTheScreen();
     const Picture seen = User::LookAt(MainWindow);
     EXPECT_TRUE(IsFilled(seen, LayoutHere().logo, White));
     EXPECT_FALSE(Drawn(seen, LayoutHere().text).IsEmptyArea());
