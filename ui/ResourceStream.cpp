@@ -66,7 +66,7 @@ HRESULT ResourceStream::SetSize(ULARGE_INTEGER /*size*/) {
 
 HRESULT ResourceStream::CopyTo(IStream* target, ULARGE_INTEGER count, ULARGE_INTEGER* bytesRead,
                                ULARGE_INTEGER* bytesWritten) {
-    std::array<std::byte, 1024> chunk;
+    std::array<std::byte, 1024> chunk{};
     ULONGLONG total = 0;
     while (total < count.QuadPart) {
         ULONG read = 0;
