@@ -38,7 +38,8 @@ mode=window language=en dpi=96 config='' settings=0
 while [ $# -gt 0 ]; do
     case $1 in
     --config | --language | --dpi) [ $# -ge 2 ] || misuse "$1 needs an argument" ;;&
-    --config) mode=unattended config=$2; shift 2 ;;
+    --config) [ "$mode" != gallery ] || misuse "the gallery takes no configuration file"
+        mode=unattended config=$2; shift 2 ;;
     --language) language=$2 settings=1; shift 2 ;;
     --dpi) dpi=$2 settings=1; shift 2 ;;
     gallery) mode=gallery; shift ;;

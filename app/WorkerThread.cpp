@@ -8,7 +8,7 @@ bool StartWorkerThread() {
     WorkerDoneEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     if (ContinueEvent == nullptr || WorkerDoneEvent == nullptr)
         return false;
-    // Not checked, on purpose: without a worker the window stays as it is.
+    // Not checked, on purpose: without a worker the window stays as it is, and the process after it.
     QueueUserWorkItem(InstallationWorker, nullptr, WT_EXECUTEDEFAULT);
     return true;
 }

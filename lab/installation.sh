@@ -5,7 +5,8 @@
 #   lab/installation.sh window LANGUAGE FOLDER
 #
 # The one with a window goes through every state: OneNote runs and is closed, the elevated installer fails, the user
-# retries, it succeeds, the user closes the window. It saves a screenshot of each state in the folder.
+# retries, it succeeds, the user closes the window. It saves a screenshot of each state in the folder,
+# which is emptied first.
 #
 # Needs a display and the built programs. Ends with the installer's exit code. What runs in the prefix is stopped before
 # and after.
@@ -58,7 +59,7 @@ has_window() { # CLASS
 }
 
 set_payload() { # EXIT_CODE
-    printf '[ElevatedInstaller]\nExitCode=%s\nMilliseconds=2000\n' "$1" >"$temporary/lab.ini"
+    printf '[ElevatedInstaller]\nExitCode=%s\nMilliseconds=5000\n' "$1" >"$temporary/lab.ini"
 }
 
 # The whole window must be seen, and look otherwise than before.

@@ -75,6 +75,7 @@ enter_prefix() {
     export WINEPREFIX=$prefixes/$1 WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
     export WINEDLLOVERRIDES="winemenubuilder.exe,winedbg.exe,mscoree,mshtml=" # a crash shall end a program
     export LC_ALL=C.UTF-8 # file names are UTF-8, whatever the shell speaks
+    export XAUTHORITY=${XAUTHORITY:-${HOME:-}/.Xauthority} # of the display, found before the home is another one
     export HOME=$prefixes/home XDG_CACHE_HOME=$prefixes/home XDG_CONFIG_HOME=$prefixes/home XDG_DATA_HOME=$prefixes/home
 }
 
@@ -132,7 +133,7 @@ make_prefix() { # NAME SETTINGS
 remove_prefix() ( # NAME
     enter_prefix "$1"
     [ ! -e "$WINEPREFIX" ] || wineserver --kill || true # fails when nothing runs there
-    rm -rf "$WINEPREFIX" "$WINEPREFIX.made"
+    rm -rf "$WINEPREFIX.made" "$WINEPREFIX"
 )
 
 is_made() { # NAME CONTENT

@@ -53,7 +53,6 @@ inline void FillPendingScreenState(ScreenStatus status) {
         /* Failed */ {StrRetry, {}, 0},
         /* Completed */ {StrClose, StrStartOneNote, 1},
     }};
-    static_assert(ByStatus.size() == static_cast<std::size_t>(ScreenStatus::Completed) + 1);
     const auto label = [](std::optional<StringId> id) { return id ? GetLocalizedString(*id) : std::wstring(); };
 
     const Buttons& buttons = ByStatus.at(static_cast<std::size_t>(status));

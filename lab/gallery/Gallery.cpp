@@ -3,7 +3,7 @@
 //     gallery.exe FOLDER LANGUAGE...
 //
 // saves FOLDER\de-checking.png and so on. The window, its painting and its buttons are the installer's own. Returns 1
-// when a picture can't be saved.
+// without languages, without a window, and when a picture can't be saved.
 
 #include "app/DpiAwareness.h"
 #include "app/ErrorTexts.h"
@@ -46,6 +46,8 @@ void Show(const Screen& screen) {
     ApplyScreenState(PendingScreenState);
     DispatchAll();
     GdiFlush();
+    Sleep(200); // what is drawn may reach the screen a little later
+    DispatchAll();
 }
 
 bool SavePicture(const std::wstring& file) {

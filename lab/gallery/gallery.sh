@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Pictures of every screen in every language, FOLDER/<DPI>/<language>-<screen>.png, and all of a resolution on a contact
-# sheet, FOLDER/<DPI>-dpi.png.
+# sheet, FOLDER/<DPI>-dpi.png. The folder is emptied first.
 #
 #   lab/gallery/gallery.sh FOLDER DPI...
 #

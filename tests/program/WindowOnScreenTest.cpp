@@ -47,6 +47,8 @@ TEST_F(WindowOnScreen, ShowsLogoTextBandAndButtonsInTheirPlaces) {
     const Program program = Start(L"");
     const InstallerScreen screen(program);
     screen.Await(ScreenStatus::Completed);
+    screen.AwaitFocus(screen.Secondary());
+    Sleep(300); // the buttons are drawn after the rest
     const Picture seen = User::LookAt(screen.Window());
     const Gdiplus::Rect text = layout_.text;
 

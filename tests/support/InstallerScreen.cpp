@@ -89,8 +89,7 @@ bool InstallerScreen::HasFocus(HWND window) const {
 }
 
 void InstallerScreen::AwaitFocus(HWND window) const {
-    WaitUntil("the focus on '" + std::filesystem::path(CaptionOf(window)).string() + "'",
-              [&] { return HasFocus(window); });
+    WaitUntil("the focus on " + testing::PrintToString(CaptionOf(window)), [&] { return HasFocus(window); });
 }
 
 void InstallerScreen::Activate() const {
@@ -114,8 +113,9 @@ POINT InstallerScreen::FindInCaption(LRESULT part) const {
 }
 
 void InstallerScreen::ClickCaption() const {
-    User::MouseDown(FindInCaption(HTCAPTION));
-    User::MouseUp(FindInCaption(HTCAPTION));
+    const POINT point = FindInCaption(HTCAPTION);
+    User::MouseDown(point);
+    User::MouseUp(point);
 }
 
 void InstallerScreen::ClickCloseBox() const {

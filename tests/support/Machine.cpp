@@ -4,6 +4,7 @@
 #include "core/LocalizedStrings.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/LabPrograms.h"
+#include "tests/support/Registry.h"
 #include "ui/Logo.h"
 
 #include <fstream>
@@ -43,6 +44,11 @@ Entries Joined(std::initializer_list<Entries> lists) {
     for (const Entries& list : lists)
         joined.insert(joined.end(), list.begin(), list.end());
     return joined;
+}
+
+void Machine::SetUp() {
+    ResetSettings();
+    SetDword(OfficeLanguages, L"UILanguage", 1033);
 }
 
 fs::path Machine::FrontEnd() {
@@ -139,10 +145,9 @@ void WindowedMachine::SetUp() {
 
 void Machine::ResetSettings() {
     for (const wchar_t* version : {L"14.0", L"15.0", L"16.0"})
-        RegDeleteTreeW(HKEY_CURRENT_USER,
-                       (std::wstring(L"Software\\Microsoft\\Office\\") + version + L"\\OneNote").c_str());
+        for (const wchar_t* key : {L"\\OneNote", L"\\Common\\LanguageResources"})
+            RegDeleteTreeW(HKEY_CURRENT_USER, (std::wstring(L"Software\\Microsoft\\Office\\") + version + key).c_str());
     RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Office\\OneNote\\AddIns\\Vellumkit.Addin");
-    RegDeleteTreeW(HKEY_CURRENT_USER, OfficeLanguages);
     RegisteredAutomation::Remove();
     DeleteValue(InternetSettings, L"SecureProtocols");
     DeleteValue(InternetPolicies, L"SecureProtocols");

@@ -8,12 +8,12 @@
 #include <string>
 
 /// The machine on which a whole-program test runs the front-end: a temporary folder of the test's own, the current
-/// user's settings without anything that the installer changes or reads, and what it looks like afterwards.
+/// user's settings without anything that the installer changes, Office in English, and what it looks like afterwards.
 class Machine : public testing::Test {
 protected:
     /// `suffix` becomes the end of the temporary folder's name.
     explicit Machine(const std::wstring& suffix = L"") : folder_(suffix) {}
-    void SetUp() override { ResetSettings(); }
+    void SetUp() override;
     void TearDown() override { ResetSettings(); }
 
     /// The front-end that the build made.

@@ -1,3 +1,4 @@
+#include "app/DpiAwareness.h"
 #include "core/Log.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/Watchdog.h"
@@ -6,6 +7,7 @@
 
 /// Every test program has a temporary folder of its own, made before anything asks for it.
 int main(int argc, char** argv) {
+    SetDpiAwareness(); // pixels are those of the screen, as in the front-end
     testing::InitGoogleTest(&argc, argv);
     if (GTEST_FLAG_GET(list_tests))
         return RUN_ALL_TESTS();

@@ -138,12 +138,6 @@ TEST_F(Fonts, AreEmptyAndKeepTheirFailureWhenTheGenericFamilyFailsToo) {
         EXPECT_NE(FontAt(index).GetLastStatus(), Gdiplus::Ok);
 }
 
-namespace {
-
-const LOGFONTW Unfilled{};
-
-} // namespace
-
 TEST_F(Fonts, GetAHandleFromAnUnfilledDescriptionWhenItCannotBeHad) {
     static std::vector<LOGFONTW> descriptions;
     descriptions.clear();
@@ -155,8 +149,9 @@ TEST_F(Fonts, GetAHandleFromAnUnfilledDescriptionWhenItCannotBeHad) {
     });
     StartGraphics();
     ASSERT_EQ(descriptions.size(), FontCount);
+    const LOGFONTW unfilled{};
     for (const LOGFONTW& description : descriptions)
-        EXPECT_EQ(std::memcmp(&description, &Unfilled, sizeof description), 0);
+        EXPECT_EQ(std::memcmp(&description, &unfilled, sizeof description), 0);
     EXPECT_EQ(ControlFont(), nullptr);
     EXPECT_EQ(FontAt(0).GetLastStatus(), Gdiplus::GenericError);
 }

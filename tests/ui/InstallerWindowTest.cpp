@@ -164,7 +164,7 @@ TEST(InstallerWindowClass, HasTheProgramsIconInBothSizes) {
     const ImportPatch<decltype(LoadImageW)> load(
         "LoadImageW", [](HINSTANCE module, LPCWSTR name, UINT type, int width, int height, UINT flags) -> HANDLE {
             EXPECT_EQ(module, InstanceHandle);
-            EXPECT_EQ(name, MAKEINTRESOURCEW(100));
+            EXPECT_EQ(reinterpret_cast<ULONG_PTR>(name), 100U);
             EXPECT_EQ(type, static_cast<UINT>(IMAGE_ICON));
             EXPECT_EQ(flags, 0U);
             sizes.emplace_back(width, height);
