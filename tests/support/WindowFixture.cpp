@@ -1,0 +1,58 @@
+#include "tests/support/WindowFixture.h"
+
+#include "app/ProcessState.h"
+#include "core/LocalizedStrings.h"
+#include "ui/InstallerWindow.h"
+#include "ui/Logo.h"
+
+namespace {
+
+void DispatchAll() {
+    MSG message{};
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+        if (message.message != WM_QUIT)
+            DispatchMessageW(&message);
+}
+
+} // namespace
+
+void WindowFixture::SetUp() {
+    InstanceHandle = GetModuleHandleW(nullptr);
+    LoadLocalizedStrings(L"en");
+    ErrorText = L"Some error";
+    continue_.Reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    ContinueEvent = continue_.Get();
+    LoadLogo();
+    CurrentStatus = ScreenStatus::Checking;
+    PendingScreenState = {};
+    ASSERT_TRUE(CreateInstallerWindow());
+    DispatchAll();
+}
+
+void WindowFixture::TearDown() {
+    DestroyWindow(MainWindow);
+    DispatchAll();
+    MainWindow = PrimaryButton = SecondaryButton = nullptr;
+    LogoBitmap.reset();
+    ContinueEvent = nullptr;
+    PendingScreenState = {};
+    CurrentStatus = ScreenStatus::Checking;
+    ErrorText.clear();
+}
+
+void WindowFixture::Show(ScreenStatus status) {
+    FillPendingScreenState(status);
+    PostMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
+    DispatchAll();
+    EXPECT_EQ(CurrentStatus, status);
+}
+
+void WindowFixture::SendClick(HWND button, WORD notification, WORD id) {
+    SendMessageW(MainWindow, WM_COMMAND, MAKEWPARAM(id, notification), reinterpret_cast<LPARAM>(button));
+}
+
+void WindowFixture::WaitForTheScreen() {
+    GdiFlush();
+    Sleep(200);
+    DispatchAll();
+}

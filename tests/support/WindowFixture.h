@@ -1,0 +1,31 @@
+#pragma once
+
+#include "core/Unique.h"
+#include "tests/support/ComApartment.h"
+#include "ui/ScreenState.h"
+
+#include <gtest/gtest.h>
+
+/// The installer window in the test's own process, on its own thread, in English. `MainWindow` and the buttons are
+/// there from the test's beginning to its end.
+class WindowFixture : public testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    /// Posts a state and lets the window apply it.
+    static void Show(ScreenStatus status);
+
+    /// Sends what a button sends when it is clicked.
+    static void SendClick(HWND button, WORD notification = BN_CLICKED, WORD id = 0);
+
+    /// The worker was told to continue since the last question.
+    bool WorkerContinues() const { return WaitForSingleObject(continue_.Get(), 0) == WAIT_OBJECT_0; }
+
+    /// Lets what was painted reach the screen.
+    static void WaitForTheScreen();
+
+private:
+    ComApartment apartment_;
+    UniqueHandle continue_;
+};
