@@ -5,6 +5,7 @@
 
 #include <comdef.h>
 
+#include <memory>
 #include <new>
 
 namespace {

@@ -113,15 +113,11 @@ POINT InstallerScreen::FindInCaption(LRESULT part) const {
 }
 
 void InstallerScreen::ClickCaption() const {
-    const POINT point = FindInCaption(HTCAPTION);
-    User::MouseDown(point);
-    User::MouseUp(point);
+    User::Click(FindInCaption(HTCAPTION));
 }
 
 void InstallerScreen::ClickCloseBox() const {
-    const POINT box = FindInCaption(HTCLOSE);
-    User::MouseDown(box);
-    User::MouseUp(box);
+    User::Click(FindInCaption(HTCLOSE));
 }
 
 void InstallerScreen::AwaitEnd() const {

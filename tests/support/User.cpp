@@ -56,9 +56,13 @@ void User::MouseUp(POINT where) {
     SendMouse(where, MOUSEEVENTF_LEFTUP);
 }
 
+void User::Click(POINT where) {
+    MouseDown(where);
+    MouseUp(where);
+}
+
 void User::Click(HWND window) {
-    MouseDown(MiddleOf(window));
-    MouseUp(MiddleOf(window));
+    Click(MiddleOf(window));
 }
 
 POINT User::MiddleOf(HWND window) {

@@ -17,7 +17,8 @@ void Press(std::initializer_list<WORD> keys);
 void MouseDown(POINT where);
 void MouseUp(POINT where);
 
-/// Clicks into the middle of a window.
+/// Clicks there, or into the middle of a window.
+void Click(POINT where);
 void Click(HWND window);
 
 /// The middle of a window, in pixels of the screen.
