@@ -48,7 +48,6 @@ TEST_F(WindowOnScreen, ShowsLogoTextBandAndButtonsInTheirPlaces) {
     const InstallerScreen screen(program);
     screen.Await(ScreenStatus::Completed);
     screen.AwaitFocus(screen.Secondary());
-    Sleep(300); // the buttons are drawn after the rest
     const Picture seen = User::LookAt(screen.Window());
     const Gdiplus::Rect text = layout_.text;
 

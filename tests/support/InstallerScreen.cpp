@@ -48,6 +48,11 @@ bool HasCaption(HWND button, const std::wstring& caption) {
            CaptionOf(button) == caption;
 }
 
+/// A visible button is drawn after the rest of the window.
+bool IsDrawn(HWND button, const Picture& seen, const Gdiplus::Rect& area) {
+    return IsWindowVisible(button) == FALSE || !IsFilled(seen, area, LightGrey);
+}
+
 } // namespace
 
 std::wstring CaptionOf(HWND button) {
@@ -75,7 +80,9 @@ void InstallerScreen::Await(ScreenStatus status) const {
     const Picture painted = PictureOf(*RenderScreen(status));
     const Gdiplus::Rect aboveTheButtons(0, 0, painted.width, LayoutHere().primary.Y);
     WaitUntil("the window in state " + std::to_string(static_cast<int>(status)), [&] {
-        return HasButtons(status) && Cut(User::LookAt(window_), aboveTheButtons) == Cut(painted, aboveTheButtons);
+        const Picture seen = User::LookAt(window_);
+        return HasButtons(status) && Cut(seen, aboveTheButtons) == Cut(painted, aboveTheButtons) &&
+               IsDrawn(primary_, seen, LayoutHere().primary) && IsDrawn(secondary_, seen, LayoutHere().secondary);
     });
 }
 

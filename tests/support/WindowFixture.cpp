@@ -2,8 +2,11 @@
 
 #include "app/ProcessState.h"
 #include "core/LocalizedStrings.h"
+#include "tests/support/Layouts.h"
+#include "tests/support/User.h"
 #include "ui/InstallerWindow.h"
 #include "ui/Logo.h"
+#include "ui/Painting.h"
 
 namespace {
 
@@ -51,8 +54,16 @@ void WindowFixture::SendClick(HWND button, WORD notification, WORD id) {
     SendMessageW(MainWindow, WM_COMMAND, MAKEWPARAM(id, notification), reinterpret_cast<LPARAM>(button));
 }
 
-void WindowFixture::WaitForTheScreen() {
-    GdiFlush();
-    Sleep(200);
-    DispatchAll();
+void WindowFixture::ExpectOnScreen(ScreenStatus status) {
+    const Gdiplus::Rect aboveTheButtons(0, 0, LayoutHere().client.Width, LayoutHere().primary.Y);
+    const Picture painted = Cut(PictureOf(*RenderScreen(status)), aboveTheButtons);
+    Picture seen;
+    const ULONGLONG end = GetTickCount64() + 30000;
+    do {
+        GdiFlush();
+        Sleep(50);
+        DispatchAll();
+        seen = Cut(User::LookAt(MainWindow), aboveTheButtons);
+    } while (seen != painted && GetTickCount64() < end);
+    EXPECT_TRUE(SamePixels(seen, painted));
 }

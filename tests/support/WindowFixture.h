@@ -22,8 +22,9 @@ protected:
     /// The worker was told to continue since the last question.
     bool WorkerContinues() const { return WaitForSingleObject(continue_.Get(), 0) == WAIT_OBJECT_0; }
 
-    /// Lets what was painted reach the screen.
-    static void WaitForTheScreen();
+    /// Expects that the screen shows, above the buttons, what `RenderScreen` paints for that status. What was drawn may
+    /// reach it late: waits up to half a minute.
+    static void ExpectOnScreen(ScreenStatus status);
 
 private:
     ComApartment apartment_;

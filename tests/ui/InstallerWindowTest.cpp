@@ -8,9 +8,7 @@
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/Layouts.h"
 #include "tests/support/LogText.h"
-#include "tests/support/User.h"
 #include "tests/support/WindowFixture.h"
-#include "ui/Painting.h"
 
 #include <algorithm>
 #include <array>
@@ -115,11 +113,7 @@ TEST_F(InstallerWindow, RepaintsAllOfItselfWithoutErasingWhenAStateIsApplied) {
 TEST_P(EachStatus, IsPaintedOnTheScreen) {
     Show(GetParam());
     UpdateWindow(MainWindow);
-    WaitForTheScreen();
-    const Picture seen = User::LookAt(MainWindow);
-    const Picture painted = PictureOf(*RenderScreen(GetParam()));
-    const Gdiplus::Rect aboveTheButtons(0, 0, painted.width, LayoutHere().primary.Y);
-    EXPECT_TRUE(SamePixels(Cut(seen, aboveTheButtons), Cut(painted, aboveTheButtons)));
+    ExpectOnScreen(GetParam());
 }
 
 TEST_F(InstallerWindow, IsPaintedWithOneImage) {
@@ -163,10 +157,7 @@ TEST_F(InstallerWindow, IsPaintedWithoutALogo) {
     Show(ScreenStatus::Installing);
     LogoBitmap.reset();
     RedrawWindow(MainWindow, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
-    WaitForTheScreen();
-    const Picture seen = User::LookAt(MainWindow);
-    EXPECT_TRUE(IsFilled(seen, LayoutHere().logo, White));
-    EXPECT_FALSE(Drawn(seen, LayoutHere().text).IsEmptyArea());
+    ExpectOnScreen(ScreenStatus::Installing);
 }
 
 // What it does
