@@ -34,12 +34,12 @@ misuse() {
     fail "$@"
 }
 
-mode=window language=en dpi=96 config='' settings=0
+mode=window language=en dpi=96 settings=0
+unset config
 while [ $# -gt 0 ]; do
     case $1 in
     --config | --language | --dpi) [ $# -ge 2 ] || misuse "$1 needs an argument" ;;&
-    --config) [ "$mode" != gallery ] || misuse "the gallery takes no configuration file"
-        mode=unattended config=$2; shift 2 ;;
+    --config) config=$2; shift 2 ;;
     --language) language=$2 settings=1; shift 2 ;;
     --dpi) dpi=$2 settings=1; shift 2 ;;
     gallery) mode=gallery; shift ;;
@@ -47,8 +47,11 @@ while [ $# -gt 0 ]; do
     *) misuse "unknown argument $1" ;;
     esac
 done
+if [ -v config ]; then
+    [ "$mode" = window ] || misuse "the gallery takes no configuration file"
+    mode=unattended
+fi
 [ "$mode" = window ] || [ "$settings" = 0 ] || misuse "--language and --dpi are for the installation with a window"
-[ "$mode" != gallery ] || [ -z "$config" ] || misuse "the gallery takes no configuration file"
 [[ $language =~ ^[A-Za-z-]+$ && -v office_languages[$language] ]] || misuse "unknown language '$language'"
 [[ $dpi =~ ^[1-9][0-9]{1,2}$ && $dpi -ge 72 && $dpi -le 288 ]] || misuse "--dpi takes a number from 72 to 288"
 if [ "$mode" = unattended ]; then

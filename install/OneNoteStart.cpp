@@ -31,6 +31,6 @@ void StartOneNote() {
         BringToFront(application);
         Log(true) << L"Started OneNote";
     } catch (const _com_error& error) {
-        Log(true) << L"ERROR: " << L"Failed to start OneNote: " << ComErrorText(error);
+        Log(true) << L"ERROR: Failed to start OneNote: " << ComErrorText(error);
     }
 }

@@ -5,8 +5,8 @@
 #   lab/installation.sh window LANGUAGE FOLDER
 #
 # The one with a window goes through every state: OneNote runs and is closed, the elevated installer fails, the user
-# retries, it succeeds, the user closes the window. It saves a screenshot of each state in the folder,
-# which is emptied first.
+# retries, it succeeds, the user closes the window. It saves a screenshot of each state in the folder, which is emptied
+# first.
 #
 # Needs a display and the built programs. Ends with the installer's exit code. What runs in the prefix is stopped before
 # and after.
