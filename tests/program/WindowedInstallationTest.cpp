@@ -212,13 +212,18 @@ TEST_F(WindowedInstallation, EndsWhenStartOneNoteFailsOnItsWay) {
 TEST_F(WindowedInstallation, EndsWhenStartOneNoteHasBroughtItToTheFront) {
     const RegisteredAutomation automation;
     const Completed completed = StartAndComplete();
+    const TargetProgram other(TargetProgram::Datebookery()); // in front by itself once the installer is gone
     const TargetProgram oneNote(TargetProgram::OneNote());
+    SetWindowPos(other.Window(), HWND_BOTTOM, 0, 200, 200, 150, SWP_SHOWWINDOW | SWP_NOACTIVATE);
+    SetWindowPos(oneNote.Window(), HWND_TOP, 0, 0, 200, 150, SWP_SHOWWINDOW | SWP_NOACTIVATE);
     completed.screen.Activate();
     User::Click(completed.screen.Secondary());
     EXPECT_EQ(completed.program.ExitCode(), 0U);
     const Entries log = Logged();
     EXPECT_NE(std::ranges::find(log, L"Started OneNote"), log.end());
-    EXPECT_EQ(GetForegroundWindow(), oneNote.Window());
+    const Watchdog::Waiting waiting("OneNote in front");
+    while (GetForegroundWindow() != oneNote.Window())
+        Sleep(20);
 }
 
 // The close box
@@ -368,21 +373,27 @@ TEST_F(WindowedInstallation, SucceedsInBothOfTwoCopiesStartedAtOnce) {
     const InstallerScreen screens[] = {InstallerScreen(first), InstallerScreen(second)};
     // They stand in the same place.
     SetWindowPos(screens[1].Window(), HWND_TOP, 0, 0, 0, 0, SWP_NOSIZE);
-    int retries = 0;
     for (const InstallerScreen& screen : screens) {
         const Watchdog::Waiting waiting("the end of a pass in one of two copies");
-        while (!IsWindowVisible(screen.Primary()) || CaptionOf(screen.Primary()).empty())
+        while (CaptionOf(screen.Primary()).empty() || !IsWindowVisible(screen.Primary())) {
+            // The shell has a box of its own for a payload that the other one is writing.
+            if (const HWND box = FindWindowW(L"#32770", nullptr); box != nullptr)
+                PostMessageW(box, WM_COMMAND, IDOK, 0);
             Sleep(20);
+        }
+    }
+    int retries = 0;
+    for (const InstallerScreen& screen : screens) {
         if (CaptionOf(screen.Primary()) == L"&Retry >") { // the other one was writing or running the payload
             ++retries;
-            screen.AwaitFailure(SystemErrorText(HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION)));
             User::Click(screen.Primary());
         }
-        screen.Await(ScreenStatus::Completed);
     }
     for (const InstallerScreen& screen : screens)
-        User::Click(screen.Primary());
-    EXPECT_EQ(first.ExitCode(), 0U);
-    EXPECT_EQ(second.ExitCode(), 0U);
+        screen.Await(ScreenStatus::Completed);
     EXPECT_LE(retries, 1);
+    User::Click(screens[0].Primary());
+    EXPECT_EQ(first.ExitCode(), 0U);
+    User::Click(screens[1].Primary());
+    EXPECT_EQ(second.ExitCode(), 0U);
 }
