@@ -18,7 +18,7 @@ function(collect_sources directory result)
     set(${result} "${${result}}" PARENT_SCOPE)
 endfunction()
 
-foreach(directory core checks install ui app lab/elevated-installer lab/gallery lab/target-program resources tests)
+foreach(directory core checks install ui app lab/datebookery lab/elevated-installer lab/gallery lab/onenote resources tests)
     collect_sources(${directory} linted)
 endforeach()
 
@@ -59,4 +59,6 @@ add_test(NAME Scripts.AreCleanUnderShellcheck
         lab/gallery/gallery.sh resources/render-artwork.sh .ci/run
     WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}")
 
+set_tests_properties(Sources.AreCleanUnderClangFormat Sources.AreCleanUnderClangTidy Scripts.AreCleanUnderShellcheck
+    PROPERTIES PROCESSORS 4) # see tests/CMakeLists.txt
 set_tests_properties(Sources.AreCleanUnderClangTidy PROPERTIES COST 1000) # begins first: it takes longest

@@ -24,6 +24,8 @@ packages=(
     cmake                        # cmake, ctest
     g++-mingw-w64-x86-64-posix   # the cross compiler; windres and ld come with it
     googletest                   # the sources of the test framework
+    libwine-dev                  # oaidl.idl, which an interface definition imports
+    mingw-w64-tools              # widl, which makes a type library and a header from it
     ninja-build
     shellcheck                   # the check of the scripts
     wine wine64                  # runs the programs

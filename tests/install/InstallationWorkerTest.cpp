@@ -171,7 +171,7 @@ TEST_F(Worker, FailsWhenTheProcessesCannotBeListed) {
 }
 
 TEST_F(Worker, FailsWhenOneNoteSurvivesItsTermination) {
-    const TargetProgram oneNote(TargetProgram::OneNote(), L"/stubborn");
+    const TargetProgram datebookery;
     {
         const ImportPatch<decltype(WaitForSingleObject)> wait("WaitForSingleObject",
                                                               [](HANDLE, DWORD) -> DWORD { return WAIT_TIMEOUT; });

@@ -47,10 +47,10 @@ class ListFails {
 
 class OneNoteSearch : public testing::Test {
 protected:
-    /// A copy of the lab's OneNote under that name, running.
+    /// A copy of the lab's program under that name, running.
     TargetProgram Start(const wchar_t* name) const {
         const fs::path file = folder_.Path() / name;
-        fs::copy_file(TargetProgram::OneNote(), file);
+        fs::copy_file(Datebookery(), file);
         return TargetProgram(file);
     }
 
@@ -166,7 +166,7 @@ std::wstring StillRunning(int seconds, const wchar_t* then) {
     return L"OneNote is still running after " + std::to_wstring(seconds) + L" seconds." + then;
 }
 
-/// OneNote runs, but no wait for it takes time: each ends as the test says, and what was waited for is recorded.
+/// Datebookery runs, but no wait for it takes time: each ends as the test says, and what was waited for is recorded.
 class OneNoteWait : public testing::Test {
 protected:
     void SetUp() override {
@@ -184,15 +184,13 @@ protected:
         return WaitForOneNoteToExit();
     }
 
-    bool FoundHandleIsClosed() const {
-        DWORD flags = 0;
-        return Found != nullptr && GetHandleInformation(Found, &flags) == FALSE;
-    }
+    /// Or it is already that of something else.
+    bool FoundHandleIsClosed() const { return Found != nullptr && GetProcessId(Found) != program_.Id(); }
 
     /// The log after the lines that every wait begins with.
     Entries Logged() const {
         Entries entries = log_.Get();
-        const Entries start{L"Begin processing", Checking, L"Found process 'onenote.exe'", Waiting};
+        const Entries start{L"Begin processing", Checking, L"Found process 'datebk.exe'", Waiting};
         EXPECT_TRUE(entries.size() >= start.size() && std::equal(start.begin(), start.end(), entries.begin()));
         return {entries.begin() + static_cast<std::ptrdiff_t>(start.size()), entries.end()};
     }
@@ -226,7 +224,7 @@ private:
     static inline std::vector<DWORD> Results;
     static inline HANDLE Process, Found;
 
-    TargetProgram program_{TargetProgram::OneNote()};
+    TargetProgram program_;
     LoggedEntries log_;
     ImportPatch<decltype(WaitForSingleObject)> wait_{"WaitForSingleObject", Wait};
     ImportPatch<decltype(TerminateProcess)> terminate_{"TerminateProcess", [](HANDLE, UINT code) -> BOOL {

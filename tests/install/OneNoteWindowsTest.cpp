@@ -81,7 +81,7 @@ private:
 } // namespace
 
 TEST_F(OneNoteWindows, OfARealProgramCloseWhenTheyAreAsked) {
-    const TargetProgram program(TargetProgram::OneNote());
+    const TargetProgram program;
     oneNote_.Windows = {program.Window()};
     EXPECT_EQ(Close().result, S_OK);
     EXPECT_EQ(program.ExitCode(), 0U);

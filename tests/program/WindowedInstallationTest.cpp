@@ -2,6 +2,7 @@
 
 #include "core/LocalizedStrings.h"
 #include "tests/support/InstallerScreen.h"
+#include "tests/support/LabOneNote.h"
 #include "tests/support/LabPrograms.h"
 #include "tests/support/Layouts.h"
 #include "tests/support/Machine.h"
@@ -56,12 +57,13 @@ protected:
         return {std::move(program), screen};
     }
 
-    void ExpectStartOfOneNoteFailed(HRESULT error = REGDB_E_CLASSNOTREG) const {
+    /// OneNote is not registered here.
+    void ExpectStartOfOneNoteFailed() const {
         const Entries log = Logged();
         const auto start = std::ranges::find(log, L"Starting OneNote");
         ASSERT_NE(start, log.end());
         ASSERT_NE(start + 1, log.end());
-        EXPECT_EQ(*(start + 1), L"ERROR: Failed to start OneNote: " + SystemErrorText(error));
+        EXPECT_EQ(*(start + 1), L"ERROR: Failed to start OneNote: " + SystemErrorText(REGDB_E_CLASSNOTREG));
     }
 
     /// A pass that went through to its end, and then the end of the worker.
@@ -88,11 +90,12 @@ class FailedStart : public WindowedInstallation, public testing::WithParamInterf
 // The four states
 
 TEST_F(WindowedInstallation, ShowsCheckingWithoutButtonsWhileOneNoteRuns) {
-    const TargetProgram oneNote(TargetProgram::OneNote());
+    LabOneNote oneNote(Temporary());
+    oneNote.Start();
     const Program program = Start(L"");
     const InstallerScreen screen(program);
     screen.Await(ScreenStatus::Checking);
-    oneNote.TellToEnd();
+    LabOneNote::Close();
     screen.Await(ScreenStatus::Completed);
 }
 
@@ -185,58 +188,28 @@ TEST_F(WindowedInstallation, InstallsInASecondPassWhenTheUserRetriesWithoutTheCa
 TEST_F(WindowedInstallation, ShowsCheckingAfterRetryUntilThePassInstalls) {
     const Failed failed = StartAndFail();
     SetPayload(L"5", 1000);
-    const TargetProgram oneNote(TargetProgram::OneNote());
+    LabOneNote oneNote(Temporary());
+    oneNote.Start();
     failed.screen.Activate();
     User::Click(failed.screen.Primary());
     failed.screen.Await(ScreenStatus::Checking);
-    oneNote.TellToEnd();
+    LabOneNote::Close();
     failed.screen.Await(ScreenStatus::Installing);
     failed.screen.AwaitFailure(ErrorFive());
-}
-
-TEST_F(WindowedInstallation, EndsWhenStartOneNoteIsPressedThoughOneNoteIsNotRegistered) {
-    const Completed completed = StartAndComplete();
-    User::Click(completed.screen.Secondary());
-    EXPECT_EQ(completed.program.ExitCode(), 0U);
-    ExpectStartOfOneNoteFailed();
-}
-
-TEST_F(WindowedInstallation, EndsWhenStartOneNoteFailsOnItsWay) {
-    const RegisteredAutomation automation; // of a OneNote without a window
-    const Completed completed = StartAndComplete();
-    User::Click(completed.screen.Secondary());
-    EXPECT_EQ(completed.program.ExitCode(), 0U);
-    ExpectStartOfOneNoteFailed(E_POINTER);
-}
-
-TEST_F(WindowedInstallation, EndsWhenStartOneNoteHasBroughtItToTheFront) {
-    const RegisteredAutomation automation;
-    const Completed completed = StartAndComplete();
-    const TargetProgram other(TargetProgram::Datebookery()); // in front by itself once the installer is gone
-    const TargetProgram oneNote(TargetProgram::OneNote());
-    SetWindowPos(other.Window(), HWND_BOTTOM, 0, 200, 200, 150, SWP_SHOWWINDOW | SWP_NOACTIVATE);
-    SetWindowPos(oneNote.Window(), HWND_TOP, 0, 0, 200, 150, SWP_SHOWWINDOW | SWP_NOACTIVATE);
-    completed.screen.Activate();
-    User::Click(completed.screen.Secondary());
-    EXPECT_EQ(completed.program.ExitCode(), 0U);
-    const Entries log = Logged();
-    EXPECT_NE(std::ranges::find(log, L"Started OneNote"), log.end());
-    const Watchdog::Waiting waiting("OneNote in front");
-    while (GetForegroundWindow() != oneNote.Window())
-        Sleep(20);
 }
 
 // The close box
 
 TEST_F(WindowedInstallation, IsFinishedWhenTheWindowIsClosedInChecking) {
-    const TargetProgram oneNote(TargetProgram::OneNote());
+    LabOneNote oneNote(Temporary());
+    oneNote.Start();
     const Program program = Start(L"");
     const InstallerScreen screen(program);
     screen.Await(ScreenStatus::Checking);
     screen.ClickCloseBox();
     screen.AwaitEnd();
     EXPECT_TRUE(program.IsRunning());
-    oneNote.TellToEnd();
+    LabOneNote::Close();
     EXPECT_EQ(program.ExitCode(), 0U);
     ExpectLogEndsWithAWholePass();
 }
@@ -357,7 +330,7 @@ TEST_F(WindowedInstallation, GivesTheFocusBackToItsButtonAfterAnotherWindowHadIt
     screen.AwaitFocus(screen.Secondary());
     User::Press({VK_TAB});
     screen.AwaitFocus(screen.Primary());
-    const TargetProgram other(TargetProgram::OneNote());
+    const TargetProgram other;
     SetWindowPos(other.Window(), HWND_TOP, 0, 0, 200, 150, SWP_SHOWWINDOW);
     User::Click(other.Window());
     screen.AwaitBackground();

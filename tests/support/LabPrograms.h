@@ -2,33 +2,20 @@
 
 #include "tests/support/Program.h"
 
-#include <string>
-
 /// The stand-in for the elevated installer.
 std::filesystem::path ElevatedInstaller();
 
-/// OneNote's automation on this machine as long as it lives: the tests' in-process server.
-class RegisteredAutomation {
-public:
-    RegisteredAutomation();
-    RegisteredAutomation(const RegisteredAutomation&) = delete;
-    RegisteredAutomation& operator=(const RegisteredAutomation&) = delete;
-    ~RegisteredAutomation() { Remove(); }
+/// The stand-in for Datebookery.
+std::filesystem::path Datebookery();
 
-    static void Remove();
-};
-
-/// A program that must not run during an installation: the lab's onenote.exe or datebk.exe, or a copy of it under
-/// another name. Ends when it is told to, or with the object.
+/// A program that must not run during an installation: the lab's Datebookery, or a copy of it under another name. Ends
+/// when it is told to, or with the object.
 class TargetProgram {
 public:
-    /// Returns when the program's window is there. `options` are those of the lab's program.
-    explicit TargetProgram(const std::filesystem::path& file, const std::wstring& options = L"");
+    /// Returns when the program's window is there, which is hidden.
+    explicit TargetProgram(const std::filesystem::path& file = Datebookery());
 
-    static std::filesystem::path OneNote();
-    static std::filesystem::path Datebookery();
-
-    void TellToEnd() const { SetEvent(end_.Get()); }
+    void TellToEnd() const { PostMessageW(window_, WM_CLOSE, 0, 0); }
     HWND Window() const { return window_; }
     HANDLE Handle() const { return program_.Handle(); }
     DWORD Id() const { return program_.Id(); }
@@ -36,8 +23,6 @@ public:
     DWORD ExitCode() const { return program_.ExitCode(); }
 
 private:
-    std::wstring endName_;
-    UniqueHandle end_;
     Program program_;
     HWND window_ = nullptr;
 };

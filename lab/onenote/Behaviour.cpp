@@ -1,0 +1,85 @@
+#include "lab/onenote/Behaviour.h"
+
+#include <oleauto.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+namespace {
+
+std::filesystem::path SettingsFile;
+std::map<std::wstring, unsigned> Calls;
+
+std::wstring Text(const wchar_t* name, const wchar_t* otherwise = L"") {
+    std::array<wchar_t, 256> text{};
+    GetPrivateProfileStringW(L"OneNote", name, otherwise, text.data(), static_cast<DWORD>(text.size()),
+                             SettingsFile.c_str());
+    return text.data();
+}
+
+unsigned Number(const wchar_t* name, unsigned otherwise) {
+    return GetPrivateProfileIntW(L"OneNote", name, static_cast<int>(otherwise), SettingsFile.c_str());
+}
+
+void SetErrorDescription(std::wstring description) {
+    ICreateErrorInfo* error = nullptr;
+    if (description.empty() || FAILED(CreateErrorInfo(&error)))
+        return;
+    error->SetDescription(description.data()); // copied, not changed
+    IErrorInfo* information = nullptr;
+    if (SUCCEEDED(error->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&information)))) {
+        SetErrorInfo(0, information);
+        information->Release();
+    }
+    error->Release();
+}
+
+HRESULT MakeTrouble() {
+    const std::wstring trouble = Text(L"Trouble");
+    if (trouble == L"wait")
+        Sleep(Number(L"Milliseconds", 0));
+    if (trouble == L"end")
+        TerminateProcess(GetCurrentProcess(), 1);
+    if (trouble == L"null")
+        return S_FALSE;
+    if (trouble != L"fail")
+        return S_OK;
+    SetErrorDescription(Text(L"Description"));
+    return static_cast<HRESULT>(std::wcstoul(Text(L"Result", L"0x80004005").c_str(), nullptr, 16));
+}
+
+} // namespace
+
+void Behaviour::Load(const std::wstring& settingsFile) {
+    SettingsFile = settingsFile;
+}
+
+unsigned Behaviour::WindowsAtStart() {
+    return Number(L"Windows", 1);
+}
+
+bool Behaviour::HasFrames() {
+    return Number(L"Framed", 0) != 0;
+}
+
+Behaviour::Closing Behaviour::OnClose() {
+    const std::wstring closing = Text(L"Closing");
+    if (closing == L"ask")
+        return Closing::Ask;
+    return closing == L"ignore" ? Closing::Ignore : Closing::Obey;
+}
+
+HRESULT Behaviour::OnCall(const std::wstring& member, const std::wstring& arguments) {
+    Record(member + arguments);
+    const bool meant = Text(L"Call") == member && ++Calls[member] == Number(L"Occurrence", 1);
+    return meant ? MakeTrouble() : S_OK;
+}
+
+void Behaviour::Record(const std::wstring& line) {
+    std::ofstream file(SettingsFile.parent_path() / "onenote.log", std::ios::app);
+    const std::u8string text = std::filesystem::path(line + L'\n').u8string();
+    file.write(reinterpret_cast<const char*>(text.data()), static_cast<std::streamsize>(text.size()));
+}

@@ -1,0 +1,16 @@
+// The stand-in's objects in the client's own process, for what does not cross processes everywhere: error information.
+// The windows are those of a stand-in that runs beside it; the settings are in the client's temporary folder.
+
+#include "core/TempPath.h"
+#include "lab/onenote/Automation.h"
+#include "lab/onenote/Behaviour.h"
+
+#include <OneNoteLibrary.h>
+
+STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
+    *object = nullptr;
+    if (clsid != __uuidof(Application))
+        return CLASS_E_CLASSNOTAVAILABLE;
+    Behaviour::Load(TempPath(L"lab.ini"));
+    return ClassObject()->QueryInterface(iid, object);
+}

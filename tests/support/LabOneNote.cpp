@@ -1,0 +1,151 @@
+#include "tests/support/LabOneNote.h"
+
+#include "core/Unique.h"
+#include "tests/support/TestFolder.h"
+#include "tests/support/Watchdog.h"
+
+#include <tlhelp32.h>
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+constexpr wchar_t AutomationClass[] = L"CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}";
+
+std::filesystem::path File(const wchar_t* name) {
+    return ProgramFolder().parent_path() / "lab" / name;
+}
+
+void Run(const std::wstring& arguments) {
+    EXPECT_EQ(Program(File(L"onenote.exe"), arguments).ExitCode(), 0U);
+}
+
+std::wstring Trouble(const LabOneNote::Call& call, const wchar_t* trouble) {
+    return std::wstring(L"Call=") + call.member + L"\nOccurrence=" + std::to_wstring(call.occurrence) + L"\nTrouble=" +
+           trouble;
+}
+
+void EndPrograms() {
+    const UniqueHandle processes(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL found = Process32FirstW(processes.Get(), &entry); found;
+         found = Process32NextW(processes.Get(), &entry)) {
+        if (std::wstring(entry.szExeFile) != L"onenote.exe")
+            continue;
+        const UniqueHandle process(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, entry.th32ProcessID));
+        TerminateProcess(process.Get(), 1);
+        WaitForSingleObject(process.Get(), INFINITE);
+    }
+}
+
+/// Wine's service keeps the class object of a server that was terminated, and gives it to the next client; started
+/// again on demand, it knows of none. Windows notices, and does not let the service be stopped.
+void ForgetClassObjects() {
+    SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
+    SC_HANDLE service = OpenServiceW(manager, L"RpcSs", SERVICE_STOP | SERVICE_QUERY_STATUS);
+    SERVICE_STATUS status{};
+    if (ControlService(service, SERVICE_CONTROL_STOP, &status)) {
+        const Watchdog::Waiting waiting("the end of the service that keeps class objects");
+        while (QueryServiceStatus(service, &status) && status.dwCurrentState != SERVICE_STOPPED)
+            Sleep(20);
+    }
+    CloseServiceHandle(service);
+    CloseServiceHandle(manager);
+}
+
+} // namespace
+
+LabOneNote::LabOneNote(std::wstring folder) : folder_(std::move(folder)) {}
+
+LabOneNote::~LabOneNote() {
+    EndPrograms();
+    if (registered_)
+        Run(L"/unregister");
+    const Entries record = Record();
+    const auto ended = std::ranges::count(record, L"Ended");
+    const auto started =
+        std::ranges::count_if(record, [](const std::wstring& line) { return line.starts_with(L"Started"); });
+    if (started != ended)
+        ForgetClassObjects();
+}
+
+void LabOneNote::Set(std::wstring settings) const {
+    settings += L'\n';
+    std::ranges::replace(settings, L'\n', L'\0'); // so the function takes them
+    EXPECT_TRUE(WritePrivateProfileSectionW(L"OneNote", settings.c_str(), (folder_ + L"lab.ini").c_str()));
+}
+
+std::wstring LabOneNote::Failing(const Call& call, HRESULT result, const std::wstring& description) {
+    std::wostringstream settings;
+    settings << Trouble(call, L"fail") << L"\nResult=0x" << std::hex << static_cast<DWORD>(result) << L"\nDescription="
+             << description;
+    return settings.str();
+}
+
+std::wstring LabOneNote::GivingNull(const Call& call) {
+    return Trouble(call, L"null");
+}
+
+void LabOneNote::Register() {
+    Run(L"/register /settings \"" + folder_ + L"lab.ini\"");
+    registered_ = true;
+}
+
+void LabOneNote::RegisterInProcess() {
+    Register();
+    const std::wstring file = File(L"onenote-in-process.dll");
+    const auto size = static_cast<DWORD>((file.size() + 1) * sizeof(wchar_t));
+    const std::wstring server = std::wstring(AutomationClass) + L"\\InprocServer32";
+    EXPECT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, server.c_str(), nullptr, REG_SZ, file.c_str(), size), ERROR_SUCCESS);
+}
+
+void LabOneNote::Unregister() {
+    UniqueRegistryKey key;
+    if (RegOpenKeyExW(HKEY_CLASSES_ROOT, AutomationClass, 0, KEY_READ, key.Receive()) == ERROR_SUCCESS)
+        Run(L"/unregister");
+}
+
+void LabOneNote::Start() {
+    started_.emplace(File(L"onenote.exe"), L"/settings \"" + folder_ + L"lab.ini\"");
+    const Watchdog::Waiting waiting("the windows of the lab's OneNote");
+    while (std::ranges::count(Record(), L"Started") == 0)
+        Sleep(20);
+}
+
+std::vector<HWND> LabOneNote::Windows() {
+    const auto collect = [](HWND window, LPARAM collected) -> BOOL {
+        std::array<wchar_t, 32> name{};
+        GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+        if (std::wstring(name.data()).starts_with(L"LabOneNote"))
+            reinterpret_cast<std::vector<HWND>*>(collected)->push_back(window);
+        return TRUE;
+    };
+    std::vector<HWND> windows;
+    EnumWindows(collect, reinterpret_cast<LPARAM>(&windows));
+    return windows;
+}
+
+void LabOneNote::Close() {
+    for (HWND window : Windows())
+        PostMessageW(window, WM_CLOSE, 0, 0);
+}
+
+void LabOneNote::ExpectRecord(const Entries& expected) const {
+    const ULONGLONG end = GetTickCount64() + 10000;
+    while (Record().size() < expected.size() && GetTickCount64() < end)
+        Sleep(20);
+    EXPECT_EQ(Record(), expected);
+}
+
+Entries LabOneNote::Record() const {
+    Entries lines;
+    std::wifstream file(std::filesystem::path(folder_ + L"onenote.log"));
+    for (std::wstring line; std::getline(file, line);)
+        lines.push_back(line);
+    return lines;
+}
