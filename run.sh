@@ -7,7 +7,7 @@ here=$(dirname -- "$(realpath -- "$0")")
 
 usage() {
     cat <<TEXT
-Usage: ./run.sh [--language CODE] [--dpi N]
+Usage: ./run.sh [--language CODE] [--dpi N] [--onenote running|stubborn|absent]
        ./run.sh --config FILE
        ./run.sh gallery
 
@@ -17,6 +17,8 @@ of its states by itself, then shows the log and names the exit code and a screen
   --language CODE  the language that Microsoft Office has there (default: en), one of
                    ${languages[*]}
   --dpi N          the resolution of the screen, 72 to 288 (default: 96); the desktop has 1280 by 900 pixels
+  --onenote ROAD   how the installation finds OneNote, a stand-in: running, and it closes when it is asked (default);
+                   stubborn, so that it is terminated after a minute; absent, so that it can't be started at the end
   --config FILE    installs without a window instead, with this configuration file for the elevated installer;
                    lab/sample.ini explains what its stand-in reads from there
   gallery          makes pictures of every screen in every language instead
@@ -34,14 +36,15 @@ misuse() {
     fail "$@"
 }
 
-mode=window language=en dpi=96 settings=0
+mode=window language=en dpi=96 onenote=running settings=0
 unset config
 while [ $# -gt 0 ]; do
     case $1 in
-    --config | --language | --dpi) [ $# -ge 2 ] || misuse "$1 needs an argument" ;;&
+    --config | --language | --dpi | --onenote) [ $# -ge 2 ] || misuse "$1 needs an argument" ;;&
     --config) config=$2; shift 2 ;;
     --language) language=$2 settings=1; shift 2 ;;
     --dpi) dpi=$2 settings=1; shift 2 ;;
+    --onenote) onenote=$2 settings=1; shift 2 ;;
     gallery) mode=gallery; shift ;;
     --help) usage; exit ;;
     *) misuse "unknown argument $1" ;;
@@ -51,9 +54,10 @@ if [ -v config ]; then
     [ "$mode" = window ] || misuse "the gallery takes no configuration file"
     mode=unattended
 fi
-[ "$mode" = window ] || [ "$settings" = 0 ] || misuse "--language and --dpi are for the installation with a window"
+[ "$mode" = window ] || [ "$settings" = 0 ] || misuse "--language, --dpi and --onenote are for the installation with a window"
 [[ $language =~ ^[A-Za-z-]+$ && -v office_languages[$language] ]] || misuse "unknown language '$language'"
 [[ $dpi =~ ^[1-9][0-9]{1,2}$ && $dpi -ge 72 && $dpi -le 288 ]] || misuse "--dpi takes a number from 72 to 288"
+[[ $onenote =~ ^(running|stubborn|absent)$ ]] || misuse "--onenote takes running, stubborn or absent"
 if [ "$mode" = unattended ]; then
     [[ -f $config && -r $config ]] || fail "cannot read $config"
     config=$(realpath -- "$config")
@@ -69,7 +73,7 @@ window)
     export VELLUMKIT_FONT VELLUMKIT_DPI=$dpi VELLUMKIT_PREFIX=lab-$language-$dpi
     display=()
     xdotool getdisplaygeometry >/dev/null 2>&1 || display=(lab/machine.sh display)
-    exec "${display[@]}" lab/installation.sh window "$language" "out/screenshots/$language-$dpi"
+    exec "${display[@]}" lab/installation.sh window "$language" "$onenote" "out/screenshots/$language-$dpi"
     ;;
 unattended)
     lab/machine.sh build VellumkitInstaller

@@ -2,11 +2,15 @@
 # Performs an installation in the prefix of lab/machine.sh, and shows its log and its exit code.
 #
 #   lab/installation.sh unattended CONFIGURATION_FILE
-#   lab/installation.sh window LANGUAGE FOLDER
+#   lab/installation.sh window LANGUAGE ONENOTE FOLDER
 #
-# The one with a window goes through every state: OneNote runs and is closed, the elevated installer fails, the user
-# retries, it succeeds, the user closes the window. It saves a screenshot of each state in the folder, which is emptied
-# first.
+# The one with a window goes through every state: the search for OneNote, the elevated installer fails, the user
+# retries, it succeeds, the user starts OneNote. It saves a screenshot of each state in the folder, which is emptied
+# first. ONENOTE says how OneNote is found:
+#
+#   running   with two windows, which close when they are asked; at the end it starts anew
+#   stubborn  the same, but it ignores that and is terminated, which takes a minute
+#   absent    it is not on the machine; at the end it can't be started
 #
 # Needs a display and the built programs. Ends with the installer's exit code. What runs in the prefix is stopped before
 # and after.
@@ -15,6 +19,8 @@ cd -- "$(dirname "${BASH_SOURCE[0]}")/.." >/dev/null
 . lab/languages.sh
 
 installer=out/release/VellumkitInstaller.x64.exe
+onenote=out/release/lab/onenote.exe
+screenshots=()
 pace=1 # seconds for a person to look at a state
 
 fail() {
@@ -40,7 +46,7 @@ show_result() { # EXIT_CODE
 
 await() { # WHAT COMMAND...
     local tries
-    for ((tries = 0; tries < 300; tries++)); do
+    for ((tries = 0; tries < 1200; tries++)); do
         ! "${@:2}" || return 0
         sleep 0.1
     done
@@ -58,8 +64,15 @@ has_window() { # CLASS
     xdotool search --class "$1" >/dev/null 2>&1
 }
 
+# shellcheck disable=SC2317 # called by await
+has_focus() { # CLASS
+    local focused
+    focused=$(xdotool getwindowfocus)
+    xdotool search --onlyvisible --class "$1" | grep -x "$focused" >/dev/null
+}
+
 set_payload() { # EXIT_CODE
-    printf '[ElevatedInstaller]\nExitCode=%s\nMilliseconds=5000\n' "$1" >"$temporary/lab.ini"
+    sed -i "s/^ExitCode=.*/ExitCode=$1/" "$temporary/lab.ini"
 }
 
 # A busy machine paints late, and one control after the other: twice the same picture, and another one than before.
@@ -78,8 +91,22 @@ save_screenshot() { # FILE
     window=$(xdotool search --onlyvisible --class "${installer##*/}")
     await "another state in the window" shows_another_state "$1"
     shown=$picture
+    screenshots+=("$1")
     geometry=$(xdotool getwindowgeometry --shell "$window" | sed -n 's/^\(WIDTH\|HEIGHT\)=//p' | tr '\n' ' ')
     [ "$(identify -format '%w %h ' "$1")" = "$geometry" ] || fail "the display is too small for the window"
+}
+
+save_desktop() { # FILE
+    local desktop
+    desktop=$(xdotool search --onlyvisible --class explorer.exe | head -n 1)
+    sleep "$pace"
+    import -window "$desktop" "$1"
+    screenshots+=("$1")
+}
+
+# Wine goes on to give the class object of a server that was terminated, unless its service is started anew.
+forget_terminated_onenote() {
+    in_wine net stop RpcSs >/dev/null
 }
 
 press() { # KEY...
@@ -95,34 +122,55 @@ install_unattended() { # CONFIGURATION_FILE
     exit "$exit_code"
 }
 
-install_with_window() { # LANGUAGE FOLDER
+provide_onenote() { # ONENOTE
+    local closing=obey
+    [ "$1" != stubborn ] || closing=ignore
+    printf '[ElevatedInstaller]\nExitCode=-99\nMilliseconds=5000\n[OneNote]\nWindows=2\nClosing=%s\n' "$closing" \
+        >"$temporary/lab.ini"
+    if [ "$1" = absent ]; then
+        in_wine "$onenote" /unregister
+        return
+    fi
+    in_wine "$onenote" /register
+    lab/machine.sh wine "$onenote" &
+    await "OneNote" has_window onenote.exe
+}
+
+install_with_window() { # LANGUAGE ONENOTE FOLDER
     local program exit_code=0
-    rm -rf "$2"
-    mkdir -p "$2"
+    rm -rf "$3"
+    mkdir -p "$3"
     in_wine reg add 'HKCU\Software\Microsoft\Office\16.0\Common\LanguageResources' /v UILanguage /t REG_DWORD \
         /d "${office_languages[$1]}" /f >/dev/null
-    set_payload -99
+    provide_onenote "$2"
 
-    lab/machine.sh wine out/release/lab/onenote.exe &
-    await "OneNote" has_window onenote.exe
     lab/machine.sh wine "$installer" &
     program=$!
-    await "the search for OneNote" has_logged "Found process 'onenote.exe'"
-    save_screenshot "$2/checking.png"
-    in_wine taskkill /im onenote.exe >/dev/null
+    if [ "$2" != absent ]; then
+        await "the search for OneNote" has_logged "Found process 'onenote.exe'"
+        save_screenshot "$3/checking.png"
+    fi
     await "the installation" has_logged "State: Installing"
-    save_screenshot "$2/installing.png"
+    [ "$2" != stubborn ] || forget_terminated_onenote
+    save_screenshot "$3/installing.png"
     await "the failure" has_logged "ERROR: Installer reported failure"
-    save_screenshot "$2/failed.png"
+    save_screenshot "$3/failed.png"
     set_payload 0
     press space # the focus is on Retry
     await "the success" has_logged "State: Complete"
-    save_screenshot "$2/completed.png"
-    press Tab space # from Start OneNote to Close
-
+    save_screenshot "$3/completed.png"
+    press space # the focus is on Start OneNote
     wait "$program" || exit_code=$?
+    if [ "$2" = absent ]; then
+        await "the failed start" has_logged "ERROR: Failed to start OneNote"
+    else
+        await "the start" has_logged "Started OneNote"
+        await "OneNote in front" has_focus onenote.exe
+        save_desktop "$3/started.png"
+    fi
+
     show_result "$exit_code"
-    printf 'Screenshot: %s\n' "$(realpath "$2")"/{checking,installing,failed,completed}.png
+    realpath "${screenshots[@]}" | sed 's/^/Screenshot: /'
     exit "$exit_code"
 }
 
@@ -134,6 +182,6 @@ trap 'rm -f "$temporary/lab.ini"; lab/machine.sh stop' EXIT
 
 case ${1:-} in
 unattended) install_unattended "$2" ;;
-window) install_with_window "$2" "$3" ;;
+window) install_with_window "$2" "$3" "$4" ;;
 *) fail "unattended or window?" ;;
 esac
