@@ -12,13 +12,15 @@ Usage: ./run.sh [--language CODE] [--dpi N] [--onenote running|stubborn|absent]
        ./run.sh gallery
 
 Installs with a window, in a private Wine prefix: on this display, or without one on a virtual display. Goes through all
-of its states by itself, then shows the log and names the exit code and a screenshot of each state. One at a time.
+of its states by itself, then shows the log and names the exit code and a screenshot of each state. One at a time. Leave
+mouse and keyboard alone meanwhile.
 
   --language CODE  the language that Microsoft Office has there (default: en), one of
                    ${languages[*]}
   --dpi N          the resolution of the screen, 72 to 288 (default: 96); the desktop has 1280 by 900 pixels
   --onenote ROAD   how the installation finds OneNote, a stand-in: running, and it closes when it is asked (default);
-                   stubborn, so that it is terminated after a minute; absent, so that it can't be started at the end
+                   stubborn, so that it is terminated after a minute; absent, so that there is no search to be seen,
+                   and it can't be started at the end
   --config FILE    installs without a window instead, with this configuration file for the elevated installer;
                    lab/sample.ini explains what its stand-in reads from there
   gallery          makes pictures of every screen in every language instead
@@ -54,7 +56,8 @@ if [ -v config ]; then
     [ "$mode" = window ] || misuse "the gallery takes no configuration file"
     mode=unattended
 fi
-[ "$mode" = window ] || [ "$settings" = 0 ] || misuse "--language, --dpi and --onenote are for the installation with a window"
+[ "$mode" = window ] || [ "$settings" = 0 ] ||
+    misuse "--language, --dpi and --onenote are for the installation with a window"
 [[ $language =~ ^[A-Za-z-]+$ && -v office_languages[$language] ]] || misuse "unknown language '$language'"
 [[ $dpi =~ ^[1-9][0-9]{1,2}$ && $dpi -ge 72 && $dpi -le 288 ]] || misuse "--dpi takes a number from 72 to 288"
 [[ $onenote =~ ^(running|stubborn|absent)$ ]] || misuse "--onenote takes running, stubborn or absent"

@@ -10,7 +10,7 @@
 #
 #   running   with two windows, which close when they are asked; at the end it starts anew
 #   stubborn  the same, but it ignores that and is terminated, which takes a minute
-#   absent    it is not on the machine; at the end it can't be started
+#   absent    it is not on the machine, so there is nothing to see of the search; at the end it can't be started
 #
 # Needs a display and the built programs. Ends with the installer's exit code. What runs in the prefix is stopped before
 # and after.
@@ -42,8 +42,10 @@ show_result() { # EXIT_CODE
     echo
     echo "Exit code: $1"
     echo "Log: $log"
+    [ ! -e "$record" ] || echo "What OneNote was asked: $record"
 }
 
+# Two minutes at most: a stubborn OneNote takes one.
 await() { # WHAT COMMAND...
     local tries
     for ((tries = 0; tries < 1200; tries++)); do
@@ -67,8 +69,8 @@ has_window() { # CLASS
 # shellcheck disable=SC2317 # called by await
 has_focus() { # CLASS
     local focused
-    focused=$(xdotool getwindowfocus)
-    xdotool search --onlyvisible --class "$1" | grep -x "$focused" >/dev/null
+    focused=$(xdotool getwindowfocus 2>/dev/null) &&
+        xdotool search --onlyvisible --class "$1" | grep -x "$focused" >/dev/null
 }
 
 set_payload() { # EXIT_CODE
@@ -97,10 +99,9 @@ save_screenshot() { # FILE
 }
 
 save_desktop() { # FILE
-    local desktop
-    desktop=$(xdotool search --onlyvisible --class explorer.exe | head -n 1)
     sleep "$pace"
-    import -window "$desktop" "$1"
+    window=$(xdotool search --onlyvisible --name '^Lab - Wine desktop$')
+    await "the desktop" shows_another_state "$1"
     screenshots+=("$1")
 }
 
@@ -151,7 +152,6 @@ install_with_window() { # LANGUAGE ONENOTE FOLDER
         save_screenshot "$3/checking.png"
     fi
     await "the installation" has_logged "State: Installing"
-    [ "$2" != stubborn ] || forget_terminated_onenote
     save_screenshot "$3/installing.png"
     await "the failure" has_logged "ERROR: Installer reported failure"
     save_screenshot "$3/failed.png"
@@ -159,6 +159,7 @@ install_with_window() { # LANGUAGE ONENOTE FOLDER
     press space # the focus is on Retry
     await "the success" has_logged "State: Complete"
     save_screenshot "$3/completed.png"
+    [ "$2" != stubborn ] || forget_terminated_onenote
     press space # the focus is on Start OneNote
     wait "$program" || exit_code=$?
     if [ "$2" = absent ]; then
@@ -177,7 +178,8 @@ install_with_window() { # LANGUAGE ONENOTE FOLDER
 lab/machine.sh stop
 temporary=$(in_wine winepath -u "$(in_wine cmd /c 'echo %TEMP%')")
 log=$temporary/Vellumkit_Install.log
-rm -f "$log"
+record=$temporary/onenote.log
+rm -f "$log" "$record"
 trap 'rm -f "$temporary/lab.ini"; lab/machine.sh stop' EXIT
 
 case ${1:-} in

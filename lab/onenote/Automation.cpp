@@ -2,6 +2,7 @@
 
 #include "lab/onenote/Behaviour.h"
 #include "lab/onenote/OpenWindows.h"
+#include "lab/onenote/Record.h"
 
 #include <OneNoteLibrary.h>
 
@@ -9,15 +10,23 @@
 
 namespace {
 
+bool Asked = false;
+
 /// To all objects together.
 unsigned References = 0;
 
 void OnReferenceReleased() {
     if (--References == 0)
-        Behaviour::Record(L"No references");
+        Record(L"No references");
 }
 
-/// A COM object that lives as long as it is referred to. It begins with one reference, that of who made it.
+/// What a client gets for an answer of `Behaviour`.
+HRESULT Result(HRESULT answer) {
+    return FAILED(answer) ? answer : S_OK;
+}
+
+/// A COM object, whose members that nobody calls answer E_NOTIMPL and give nothing: what they would give, the proxy
+/// sets to null. It lives as long as it is referred to. It begins with one reference, that of who made it.
 template <typename Interface>
 class Object : public Interface, public ISupportErrorInfo {
 public:
@@ -69,8 +78,9 @@ public:
     explicit WindowObject(HWND handle) : handle_(handle) {}
 
     HRESULT STDMETHODCALLTYPE get_WindowHandle(MIDL_uhyper* handle) override {
-        *handle = reinterpret_cast<MIDL_uhyper>(handle_);
-        return Behaviour::OnCall(L"WindowHandle");
+        const HRESULT answer = Behaviour::OnCall(L"WindowHandle");
+        *handle = answer == S_OK ? reinterpret_cast<MIDL_uhyper>(handle_) : 0;
+        return Result(answer);
     }
 
     HRESULT STDMETHODCALLTYPE get_CurrentPageId(BSTR*) override { return E_NOTIMPL; }
@@ -103,17 +113,18 @@ public:
             return E_INVALIDARG;
         if (answer == S_OK)
             *window = new WindowObject(windows[index]);
-        return FAILED(answer) ? answer : S_OK;
+        return Result(answer);
     }
     HRESULT STDMETHODCALLTYPE get_Count(ULONG* count) override {
-        *count = static_cast<ULONG>(OpenWindows().size());
-        return Behaviour::OnCall(L"Count");
+        const HRESULT answer = Behaviour::OnCall(L"Count");
+        *count = answer == S_OK ? static_cast<ULONG>(OpenWindows().size()) : 0;
+        return Result(answer);
     }
     HRESULT STDMETHODCALLTYPE get_CurrentWindow(Window** window) override {
         const HRESULT answer = Behaviour::OnCall(L"CurrentWindow");
         HWND current = CurrentWindow();
         *window = answer == S_OK && current != nullptr ? new WindowObject(current) : nullptr;
-        return FAILED(answer) ? answer : S_OK;
+        return Result(answer);
     }
 
     HRESULT STDMETHODCALLTYPE get__NewEnum(IUnknown**) override { return E_NOTIMPL; }
@@ -129,7 +140,7 @@ public:
     HRESULT STDMETHODCALLTYPE get_Windows(Windows** windows) override {
         const HRESULT answer = Behaviour::OnCall(L"Windows");
         *windows = answer == S_OK ? new WindowsObject : nullptr;
-        return FAILED(answer) ? answer : S_OK;
+        return Result(answer);
     }
     HRESULT STDMETHODCALLTYPE NavigateTo(BSTR hierarchyObject, BSTR object, VARIANT_BOOL newWindow) override {
         const HRESULT answer =
@@ -137,7 +148,7 @@ public:
                                                  std::to_wstring(newWindow) + L')');
         if (answer == S_OK && (newWindow != VARIANT_FALSE || OpenWindows().empty()))
             OpenWindow();
-        return FAILED(answer) ? answer : S_OK;
+        return Result(answer);
     }
 
     HRESULT STDMETHODCALLTYPE GetHierarchy(BSTR, LONG, BSTR*, LONG) override { return E_NOTIMPL; }
@@ -186,9 +197,10 @@ public:
         *object = nullptr;
         if (outer != nullptr)
             return CLASS_E_NOAGGREGATION;
+        Asked = true;
         const HRESULT answer = Behaviour::OnCall(L"CreateInstance");
         if (answer != S_OK)
-            return answer;
+            return Result(answer);
         auto* const application = new ApplicationObject;
         const HRESULT result = application->QueryInterface(iid, object);
         application->Release();
@@ -202,6 +214,10 @@ public:
 IClassFactory* ClassObject() {
     static Factory factory;
     return &factory;
+}
+
+bool HadClients() {
+    return Asked;
 }
 
 bool HasClients() {

@@ -1,16 +1,19 @@
 #include "lab/onenote/Behaviour.h"
 
-#include <oleauto.h>
+#include "lab/onenote/Record.h"
+
+#include <comdef.h>
 
 #include <array>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
 
 namespace {
 
-std::filesystem::path SettingsFile;
+_COM_SMARTPTR_TYPEDEF(ICreateErrorInfo, __uuidof(ICreateErrorInfo));
+_COM_SMARTPTR_TYPEDEF(IErrorInfo, __uuidof(IErrorInfo));
+
+std::wstring SettingsFile;
 std::map<std::wstring, unsigned> Calls;
 
 std::wstring Text(const wchar_t* name, const wchar_t* otherwise = L"") {
@@ -25,16 +28,12 @@ unsigned Number(const wchar_t* name, unsigned otherwise) {
 }
 
 void SetErrorDescription(std::wstring description) {
-    ICreateErrorInfo* error = nullptr;
-    if (description.empty() || FAILED(CreateErrorInfo(&error)))
+    if (description.empty())
         return;
+    ICreateErrorInfoPtr error;
+    CreateErrorInfo(&error);
     error->SetDescription(description.data()); // copied, not changed
-    IErrorInfo* information = nullptr;
-    if (SUCCEEDED(error->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&information)))) {
-        SetErrorInfo(0, information);
-        information->Release();
-    }
-    error->Release();
+    SetErrorInfo(0, IErrorInfoPtr(error));
 }
 
 HRESULT MakeTrouble() {
@@ -53,7 +52,7 @@ HRESULT MakeTrouble() {
 
 } // namespace
 
-void Behaviour::Load(const std::wstring& settingsFile) {
+void Behaviour::ReadFrom(const std::wstring& settingsFile) {
     SettingsFile = settingsFile;
 }
 
@@ -65,7 +64,7 @@ bool Behaviour::HasFrames() {
     return Number(L"Framed", 0) != 0;
 }
 
-Behaviour::Closing Behaviour::OnClose() {
+Behaviour::Closing Behaviour::HowToClose() {
     const std::wstring closing = Text(L"Closing");
     if (closing == L"ask")
         return Closing::Ask;
@@ -76,10 +75,4 @@ HRESULT Behaviour::OnCall(const std::wstring& member, const std::wstring& argume
     Record(member + arguments);
     const bool meant = Text(L"Call") == member && ++Calls[member] == Number(L"Occurrence", 1);
     return meant ? MakeTrouble() : S_OK;
-}
-
-void Behaviour::Record(const std::wstring& line) {
-    std::ofstream file(SettingsFile.parent_path() / "onenote.log", std::ios::app);
-    const std::u8string text = std::filesystem::path(line + L'\n').u8string();
-    file.write(reinterpret_cast<const char*>(text.data()), static_cast<std::streamsize>(text.size()));
 }

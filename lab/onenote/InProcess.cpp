@@ -4,13 +4,15 @@
 #include "core/TempPath.h"
 #include "lab/onenote/Automation.h"
 #include "lab/onenote/Behaviour.h"
+#include "lab/onenote/Record.h"
 
 #include <OneNoteLibrary.h>
 
 STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
     *object = nullptr;
-    if (clsid != __uuidof(Application))
+    if (clsid != __uuidof(Application) && clsid != __uuidof(Application2))
         return CLASS_E_CLASSNOTAVAILABLE;
-    Behaviour::Load(TempPath(L"lab.ini"));
+    Behaviour::ReadFrom(TempPath(L"lab.ini"));
+    RecordBeside(TempPath(L"lab.ini"));
     return ClassObject()->QueryInterface(iid, object);
 }

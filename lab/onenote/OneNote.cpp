@@ -1,6 +1,6 @@
 // Stands in for OneNote: shows windows, and answers automation as a COM local server. COM starts it on demand, then
 // without a window until NavigateTo opens one; started by hand it opens its windows itself. It ends when its windows
-// are closed and no client holds a reference.
+// are closed and no client holds a reference, but waits for the first window or client.
 //
 //     /settings FILE   how it behaves: a file like lab/sample.ini (default: lab.ini in the temporary folder)
 //     /register        registers it for automation, with the same settings, and ends
@@ -12,6 +12,7 @@
 #include "lab/onenote/Automation.h"
 #include "lab/onenote/Behaviour.h"
 #include "lab/onenote/OpenWindows.h"
+#include "lab/onenote/Record.h"
 #include "lab/onenote/Registration.h"
 
 #include <OneNoteLibrary.h>
@@ -32,6 +33,7 @@ struct Options {
 
 Options ReadOptions() {
     Options options;
+    std::error_code unusable;
     int count = 0;
     wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
     for (int index = 1; index < count; ++index) {
@@ -43,42 +45,45 @@ Options ReadOptions() {
         else if (argument == L"/unregister")
             options.task = Task::Unregister;
         else if (argument == L"/settings" && index + 1 < count)
-            options.settings = std::filesystem::absolute(arguments[++index]);
+            options.settings = std::filesystem::absolute(arguments[++index], unusable);
     }
     LocalFree(arguments);
     return options;
 }
 
 void DispatchUntilUnused() {
-    bool used = HasWindows();
+    const bool hadWindows = HasWindows();
     MSG message{};
-    while ((!used || HasWindows() || HasClients()) && GetMessageW(&message, nullptr, 0, 0) > 0) {
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         DispatchMessageW(&message); // calls of clients are messages too
-        used = used || HasWindows() || HasClients();
+        if ((hadWindows || HadClients()) && !HasWindows() && !HasClients())
+            return;
     }
 }
 
 /// One that is not registered serves nobody, although Windows would let it.
-HRESULT RegisterClassObject(DWORD& registration) {
-    if (!IsRegistered())
-        return S_OK;
-    return CoRegisterClassObject(__uuidof(Application), ClassObject(), CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
-                                 &registration);
+HRESULT RegisterClassObjects() {
+    HRESULT result = S_OK;
+    for (const CLSID& automation : {__uuidof(Application), __uuidof(Application2)}) {
+        DWORD registration = 0; // CoUninitialize revokes it
+        if (IsRegistered() && SUCCEEDED(result))
+            result = CoRegisterClassObject(automation, ClassObject(), CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
+                                           &registration);
+    }
+    return result;
 }
 
 HRESULT Run(const Options& options) {
-    Behaviour::Load(options.settings);
-    DWORD registration = 0;
-    const HRESULT result = RegisterClassObject(registration);
+    Behaviour::ReadFrom(options.settings);
+    RecordBeside(options.settings);
+    const HRESULT result = RegisterClassObjects();
     if (FAILED(result))
         return result;
     for (unsigned left = options.task == Task::Run ? Behaviour::WindowsAtStart() : 0; left != 0; --left)
         OpenWindow();
-    Behaviour::Record(options.task == Task::Run ? L"Started" : L"Started by COM");
+    Record(options.task == Task::Run ? L"Started" : L"Started by COM");
     DispatchUntilUnused();
-    if (registration != 0)
-        CoRevokeClassObject(registration);
-    Behaviour::Record(L"Ended");
+    Record(L"Ended");
     return S_OK;
 }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <string>
 
 namespace {
@@ -23,8 +22,13 @@ std::wstring TitleOf(HWND window) {
     return title.data();
 }
 
+/// Windows are numbered from 1, in the order in which they were opened; any process can read that.
+LONG_PTR NumberOf(HWND window) {
+    return GetWindowLongPtrW(window, GWLP_USERDATA);
+}
+
 void OnClose(HWND window) {
-    const Behaviour::Closing closing = Behaviour::OnClose();
+    const Behaviour::Closing closing = Behaviour::HowToClose();
     if (closing == Behaviour::Closing::Ignore)
         return;
     if (closing == Behaviour::Closing::Ask &&
@@ -55,6 +59,7 @@ LRESULT CALLBACK TopLevelProcedure(HWND window, UINT message, WPARAM wParam, LPA
         break;
     case WM_DESTROY:
         --Open;
+        PostMessageW(nullptr, WM_NULL, 0, 0); // wakes the message loop, also for a message that was sent
         break;
     default:
         break;
@@ -67,9 +72,9 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
         OnPaint(window);
         return 0;
     }
-    const bool embedded = GetAncestor(window, GA_ROOT) != window;
-    return embedded ? DefWindowProcW(window, message, wParam, lParam)
-                    : TopLevelProcedure(window, message, wParam, lParam);
+    if (GetAncestor(window, GA_ROOT) == window)
+        return TopLevelProcedure(window, message, wParam, lParam);
+    return message == WM_CLOSE ? 0 : DefWindowProcW(window, message, wParam, lParam); // its frame closes
 }
 
 void RegisterWindowClass(const wchar_t* name, WNDPROC procedure) {
@@ -82,19 +87,24 @@ void RegisterWindowClass(const wchar_t* name, WNDPROC procedure) {
     RegisterClassW(&windowClass); // fails from the second time on
 }
 
-HWND OpenTopLevel(const wchar_t* windowClass, const std::wstring& title, int offset) {
-    return CreateWindowExW(0, windowClass, title.c_str(), WS_OVERLAPPEDWINDOW, offset, offset, Size.cx, Size.cy,
-                           nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
+/// Without a frame it is a top-level window.
+HWND Create(const wchar_t* windowClass, LONG_PTR number, HWND frame = nullptr) {
+    const int offset = frame == nullptr ? 24 * static_cast<int>(number) : 0;
+    const std::wstring title = L"OneNote " + std::to_wstring(number);
+    HWND window =
+        CreateWindowExW(0, windowClass, title.c_str(), frame == nullptr ? WS_OVERLAPPEDWINDOW : WS_CHILD | WS_VISIBLE,
+                        offset, offset, Size.cx, Size.cy, frame, nullptr, GetModuleHandleW(nullptr), nullptr);
+    SetWindowLongPtrW(window, GWLP_USERDATA, number);
+    return window;
 }
 
 BOOL CALLBACK Collect(HWND top, LPARAM collected) {
     std::array<wchar_t, 32> name{};
     GetClassNameW(top, name.data(), static_cast<int>(name.size()));
-    auto& windows = *reinterpret_cast<std::vector<HWND>*>(collected);
-    if (name.data() == std::wstring(WindowClass))
-        windows.push_back(top);
-    else if (name.data() == std::wstring(FrameClass))
-        windows.push_back(FindWindowExW(top, nullptr, WindowClass, nullptr));
+    const bool framed = name.data() == std::wstring(FrameClass);
+    HWND window = framed ? FindWindowExW(top, nullptr, WindowClass, nullptr) : top;
+    if (window != nullptr && (framed || name.data() == std::wstring(WindowClass)))
+        reinterpret_cast<std::vector<HWND>*>(collected)->push_back(window);
     return TRUE;
 }
 
@@ -110,16 +120,12 @@ std::vector<HWND> FromFrontToBack() {
 void OpenWindow() {
     RegisterWindowClass(WindowClass, WindowProcedure);
     RegisterWindowClass(FrameClass, TopLevelProcedure);
-    const auto number = static_cast<int>(OpenWindows().size()) + 1;
-    const std::wstring title = L"OneNote " + std::to_wstring(number);
+    const std::vector<HWND> others = OpenWindows();
+    const LONG_PTR number = others.empty() ? 1 : NumberOf(others.back()) + 1;
     const bool framed = Behaviour::HasFrames();
-    HWND top = OpenTopLevel(framed ? FrameClass : WindowClass, title, 24 * number);
-    if (framed) {
-        RECT client{};
-        GetClientRect(top, &client);
-        CreateWindowExW(0, WindowClass, title.c_str(), WS_CHILD | WS_VISIBLE, 0, 0, client.right, client.bottom, top,
-                        nullptr, GetModuleHandleW(nullptr), nullptr);
-    }
+    HWND top = Create(framed ? FrameClass : WindowClass, number);
+    if (framed)
+        Create(WindowClass, number, top);
     SetWindowPos(top, HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_SHOWWINDOW);
 }
 
@@ -129,7 +135,7 @@ bool HasWindows() {
 
 std::vector<HWND> OpenWindows() {
     std::vector<HWND> windows = FromFrontToBack();
-    std::ranges::sort(windows, {}, TitleOf);
+    std::ranges::sort(windows, {}, NumberOf);
     return windows;
 }
 

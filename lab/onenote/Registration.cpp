@@ -1,10 +1,12 @@
 #include "lab/onenote/Registration.h"
 
-#include <OneNoteLibrary.h>
+#include <comdef.h>
 
 #include <array>
 
 namespace {
+
+_COM_SMARTPTR_TYPEDEF(ITypeLib, __uuidof(ITypeLib));
 
 struct AutomationClass {
     const wchar_t* key;
@@ -51,13 +53,9 @@ HRESULT RegisterClass(const AutomationClass& automation, const std::wstring& com
 /// The library is the resource 3 of the program, and the registry says so.
 HRESULT RegisterLibrary() {
     std::wstring file = ThisProgram() + L"\\3";
-    ITypeLib* library = nullptr;
-    HRESULT result = LoadTypeLibEx(file.c_str(), REGKIND_NONE, &library);
-    if (FAILED(result))
-        return result;
-    result = RegisterTypeLib(library, file.data(), nullptr);
-    library->Release();
-    return result;
+    ITypeLibPtr library;
+    const HRESULT result = LoadTypeLibEx(file.c_str(), REGKIND_NONE, &library);
+    return FAILED(result) ? result : RegisterTypeLib(library, file.data(), nullptr);
 }
 
 } // namespace

@@ -132,6 +132,50 @@ TEST_F(OneNoteLibrary, HasEveryMemberOfAWindowInItsSlot) {
     EXPECT_EQ(MembersOf(IID_IOneNoteWindow), WindowMembers);
 }
 
+namespace {
+
+/// One that is registered and runs.
+class RunningOneNote : public testing::Test {
+protected:
+    void SetUp() override {
+        OneNote.Register();
+        OneNote.Start();
+    }
+
+    static HRESULT Connect(const CLSID& automation, OneNoteApplicationPtr& application) {
+        return application.CreateInstance(automation, nullptr, CLSCTX_LOCAL_SERVER);
+    }
+
+private:
+    ComApartment apartment_;
+    TestFolder folder_;
+
+protected:
+    LabOneNote OneNote{folder_.Path().wstring() + L'\\'};
+};
+
+} // namespace
+
+TEST_F(RunningOneNote, IsServedUnderBothOfItsClasses) {
+    const CLSID second{0xDC67E480, 0xC3CB, 0x49F8, {0x82, 0x32, 0x60, 0xB0, 0xC2, 0x05, 0x6C, 0x8E}};
+    for (const CLSID& automation : {CLSID_OneNoteApplication, second}) {
+        OneNoteApplicationPtr application;
+        EXPECT_EQ(Connect(automation, application), S_OK);
+    }
+}
+
+TEST_F(RunningOneNote, AnswersThatItDoesNotImplementWhatNobodyCalls) {
+    OneNoteApplicationPtr application;
+    ASSERT_EQ(Connect(CLSID_OneNoteApplication, application), S_OK);
+    EXPECT_EQ(application->SyncHierarchy(_bstr_t(L"{notebook}")), E_NOTIMPL);
+}
+
+TEST_F(RunningOneNote, EndsWhenItsWindowIsClosedWhicheverWayItIsAsked) {
+    SendMessageW(LabOneNote::Windows().at(0), WM_CLOSE, 0, 0);
+    EXPECT_EQ(OneNote.Started().ExitCode(), 0U);
+    OneNote.ExpectRecord({L"Started", L"Ended"});
+}
+
 TEST(LabOneNoteInTheRegistry, IsGoneWithoutATraceEvenWhenAPartWasMissing) {
     const auto exists = [](const wchar_t* name) {
         UniqueRegistryKey key;

@@ -147,7 +147,7 @@ TEST_F(StartOfOneNote, FailsWhenTheApplicationCannotBeCreated) {
     OneNote.Register();
     StartOneNote();
     EXPECT_EQ(LoggedStart(), LogOfFailure(SystemErrorText(CO_E_SERVER_EXEC_FAILURE)));
-    OneNote.ExpectRecord(Joined({StartedByCom, UpToCreation}));
+    OneNote.ExpectRecord(Joined({StartedByCom, UpToCreation, {L"Ended"}}));
 }
 
 INSTANTIATE_TEST_SUITE_P(, StartOfOneNoteCall,
