@@ -63,5 +63,5 @@ add_test(NAME Scripts.AreCleanUnderShellcheck
     WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}")
 
 set_tests_properties(Sources.AreCleanUnderClangFormat Sources.AreCleanUnderClangTidy Scripts.AreCleanUnderShellcheck
-    PROPERTIES PROCESSORS 4) # see tests/CMakeLists.txt
+    PROPERTIES PROCESSORS 8) # see tests/CMakeLists.txt
 set_tests_properties(Sources.AreCleanUnderClangTidy PROPERTIES COST 1000) # begins first: it takes longest

@@ -136,13 +136,13 @@ TEST_F(OneNoteSearch, SkipsAProcessWhoseNameCannotBeReadAndClosesItsHandle) {
     const ProcessList list({program.Id()});
     static HANDLE seen;
     const ImportPatch<decltype(GetProcessImageFileNameW)> name("K32GetProcessImageFileNameW",
-                                                               [](HANDLE process, LPWSTR, DWORD) -> DWORD {
+                                                               [](HANDLE process, LPWSTR, DWORD size) -> DWORD {
+                                                                   EXPECT_EQ(size, 1024U);
                                                                    seen = process;
                                                                    return 0;
                                                                });
     EXPECT_FALSE(FindOneNoteProcess());
-    DWORD flags = 0;
-    EXPECT_FALSE(GetHandleInformation(seen, &flags)) << "the handle is still open";
+    EXPECT_NE(GetProcessId(seen), program.Id()) << "the handle is still open";
 }
 
 TEST_F(OneNoteSearch, FindsNothingInAnEmptyList) {

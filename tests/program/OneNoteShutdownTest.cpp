@@ -1,6 +1,7 @@
 // Unattended installations while OneNote or Datebookery runs. The waits are the real ones: a test that needs a long one
 // says so in its name.
 
+#include "tests/support/InstallerScreen.h"
 #include "tests/support/LabOneNote.h"
 #include "tests/support/LabPrograms.h"
 #include "tests/support/LogText.h"
@@ -16,8 +17,15 @@ namespace {
 
 const std::wstring CannotClose = L"ERROR: Cannot close OneNote Windows: ";
 
-class OneNoteShutdown : public Machine {
+using std::chrono::seconds;
+
+class OneNoteShutdown : public WindowedMachine {
 protected:
+    void SetUp() override {
+        WindowedMachine::SetUp();
+        Watchdog::Allow(180); // a pass that waits in vain takes 55 seconds and more
+    }
+
     /// Returns the log when it has an entry that begins so. An entry is on disk once the next one has begun.
     std::wstring AwaitEntry(const std::wstring& start) const {
         const Watchdog::Waiting waiting("an entry of the front-end's log");
@@ -35,18 +43,20 @@ protected:
         return std::chrono::milliseconds(GetTickCount64() - start);
     }
 
-    /// Compares the log with that of a pass that found this program and saw it end after `waits`.
-    void ExpectLogOfPass(const std::wstring& name, const Entries& waits) const {
+    /// Compares the log with that of a pass that found this program and saw it end after `waits`, and of what came
+    /// after the pass.
+    void ExpectLogOfPass(const std::wstring& name, const Entries& waits, const Entries& then = {}) const {
         ExpectLog(Joined({{L"Begin processing", L"Begin processing", L"Checking if OneNote is running",
                            L"Found process '" + name + L"'", L"OneNote is still running. Waiting..."},
                           waits,
                           {L"State: Installing - OneNote is not running, continuing with install"},
                           LogOfExtraction(),
-                          LogOfRepair()}));
+                          LogOfRepair(),
+                          then}));
     }
 
-    static std::wstring AfterWaiting(int seconds, const wchar_t* action) {
-        return L"OneNote is still running after " + std::to_wstring(seconds) + L" seconds. Attempting to " + action;
+    static std::wstring AfterWaiting(int length, const wchar_t* action) {
+        return L"OneNote is still running after " + std::to_wstring(length) + L" seconds. Attempting to " + action;
     }
 
     /// A OneNote that is registered and runs.
@@ -58,7 +68,7 @@ protected:
 
     /// Installs while OneNote runs that can't be asked to close its windows, for that reason.
     void ExpectTermination(const std::wstring& errorText, const Entries& record) const {
-        EXPECT_GE(TimeToInstall(), std::chrono::seconds(10));
+        EXPECT_GE(TimeToInstall(), seconds(10));
         EXPECT_EQ(OneNote.Started().ExitCode(), 0U);
         ExpectLogOfPass(L"onenote.exe", {AfterWaiting(5, L"close windows"), CannotClose + errorText,
                                          AfterWaiting(5, L"terminate process")});
@@ -67,8 +77,6 @@ protected:
 
     LabOneNote OneNote{Temporary()};
 };
-
-using std::chrono::seconds;
 
 // What OneNote is asked, up to a call.
 const Entries UpToWindows{L"CreateInstance", L"Windows"};
@@ -95,15 +103,18 @@ const auto NameOfStep = [](const auto& item) { return item.param.name; };
 struct Damage {
     const char* name;
     std::vector<const wchar_t*> missingKeys;
+    Entries record;
 };
+
+const Entries StartedInVain{L"Started by COM", L"CreateInstance", L"No references", L"Ended"};
 
 class OneNoteShutdownDamage : public OneNoteShutdown, public testing::WithParamInterface<Damage> {};
 
 } // namespace
 
-TEST_F(OneNoteShutdown, IsAwaitedForFiveSecondsAndAsksNothingWhenOneNoteEndsByItself) {
+TEST_F(OneNoteShutdown, AsksNothingWhenOneNoteEndsByItself) {
     RunOneNote();
-    const Program frontEnd = Start(L"/config x");
+    const Program frontEnd = Start(L"/delay /config x");
     AwaitEntry(L"Found process 'onenote.exe'");
     EXPECT_TRUE(frontEnd.IsRunning());
     LabOneNote::Close();
@@ -114,7 +125,7 @@ TEST_F(OneNoteShutdown, IsAwaitedForFiveSecondsAndAsksNothingWhenOneNoteEndsByIt
 
 TEST_F(OneNoteShutdown, IsAwaitedForDatebookeryToo) {
     const TargetProgram datebookery;
-    const Program frontEnd = Start(L"/config x");
+    const Program frontEnd = Start(L"/delay /config x");
     AwaitEntry(L"Found process 'datebk.exe'");
     datebookery.TellToEnd();
     EXPECT_EQ(frontEnd.ExitCode(), 0U);
@@ -124,7 +135,7 @@ TEST_F(OneNoteShutdown, IsAwaitedForDatebookeryToo) {
 TEST_F(OneNoteShutdown, IsAwaitedForOnlyOneOfTwo) {
     OneNote.Start();
     const TargetProgram datebookery;
-    const Program frontEnd = Start(L"/config x");
+    const Program frontEnd = Start(L"/delay /config x");
     const bool foundOneNote = AwaitEntry(L"Found process").find(L"'onenote.exe'") != std::wstring::npos;
     if (foundOneNote)
         LabOneNote::Close();
@@ -147,6 +158,19 @@ TEST_F(OneNoteShutdown, RealWaitEndsWithoutATerminationWhenThreeWindowsClose) {
          {L"Item(1)", L"Item(2)", L"WindowHandle", L"WindowHandle", L"WindowHandle", L"No references", L"Ended"}}));
 }
 
+TEST_F(OneNoteShutdown, RealWaitOfAnInstallationWithAWindowEndsWhenTwoWindowsClose) {
+    RunOneNote(L"Windows=2");
+    const Program frontEnd = Start(L"");
+    const InstallerScreen screen(frontEnd);
+    screen.Await(ScreenStatus::Completed);
+    screen.ClickCloseBox();
+    EXPECT_EQ(frontEnd.ExitCode(), 0U);
+    ExpectLogOfPass(L"onenote.exe", {AfterWaiting(5, L"close windows")},
+                    {L"Waiting for a signal", L"Exit signalled, returning from background process"});
+    OneNote.ExpectRecord(
+        Joined({{L"Started"}, UpToSecondItem, {L"WindowHandle", L"WindowHandle", L"No references", L"Ended"}}));
+}
+
 TEST_F(OneNoteShutdown, RealWaitEndsWhenTheFramesOfEmbeddedWindowsClose) {
     RunOneNote(L"Windows=2\nFramed=1");
     TimeToInstall();
@@ -163,7 +187,6 @@ TEST_F(OneNoteShutdown, RealWaitIsSpentWhileOneNoteTakesLongToAnswer) {
 }
 
 TEST_F(OneNoteShutdown, RealWaitOf55SecondsEndsInATerminationWhenOneNoteIgnoresTheRequest) {
-    Watchdog::Allow(180);
     RunOneNote(L"Closing=ignore");
     EXPECT_GE(TimeToInstall(), seconds(55));
     EXPECT_EQ(OneNote.Started().ExitCode(), 0U);
@@ -172,11 +195,11 @@ TEST_F(OneNoteShutdown, RealWaitOf55SecondsEndsInATerminationWhenOneNoteIgnoresT
 }
 
 TEST_F(OneNoteShutdown, RealWaitOf55SecondsEndsInATerminationWhenOneNoteAsksItsUser) {
-    Watchdog::Allow(180);
     RunOneNote(L"Closing=ask");
     const Program frontEnd = Start(L"/config x");
-    EXPECT_TRUE(IsWindow(AwaitWindow(OneNote.Started(), L"#32770")));
+    AwaitWindow(OneNote.Started(), L"#32770");
     EXPECT_EQ(frontEnd.ExitCode(), 0U);
+    EXPECT_EQ(OneNote.Started().ExitCode(), 0U);
     ExpectLogOfPass(L"onenote.exe", {AfterWaiting(5, L"close windows"), AfterWaiting(50, L"terminate process")});
     OneNote.ExpectRecord(Joined({{L"Started"}, UpToWindowHandle, {L"No references"}}));
 }
@@ -190,7 +213,6 @@ TEST_F(OneNoteShutdown, RealWaitOf110SecondsWithTheDelayOptionEndsInATermination
 }
 
 TEST_F(OneNoteShutdown, RealWaitOf55SecondsForDatebookeryAsksTheWindowsOfOneNote) {
-    Watchdog::Allow(180);
     const TargetProgram datebookery; // listed before OneNote, since it began before it
     RunOneNote();
     EXPECT_GE(TimeToInstall(), seconds(55));
@@ -199,8 +221,7 @@ TEST_F(OneNoteShutdown, RealWaitOf55SecondsForDatebookeryAsksTheWindowsOfOneNote
     OneNote.ExpectRecord(Joined({{L"Started"}, UpToWindowHandle, {L"No references", L"Ended"}}));
 }
 
-TEST_F(OneNoteShutdown, RealWaitOf55SecondsForDatebookeryAloneStartsAOneNoteThatEndsAtOnce) {
-    Watchdog::Allow(180);
+TEST_F(OneNoteShutdown, RealWaitOf55SecondsForDatebookeryAloneStartsAOneNoteWithoutAWindow) {
     const TargetProgram datebookery;
     OneNote.Register();
     EXPECT_GE(TimeToInstall(), seconds(55));
@@ -276,19 +297,21 @@ TEST_P(OneNoteShutdownDamage, RealWaitIsTenSecondsWithOneErrorInTheLog) {
     ASSERT_NE(error, log.end());
     EXPECT_TRUE(std::regex_match(*error, std::wregex(CannotClose + LR"(.+ \(0x8[0-9a-f]{7}\))"))) << *error;
     ExpectLogOfPass(L"datebk.exe", {AfterWaiting(5, L"close windows"), *error, AfterWaiting(5, L"terminate process")});
+    OneNote.ExpectRecord(GetParam().record);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     , OneNoteShutdownDamage,
-    testing::Values(Damage{"WithoutAProgram", {L"CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}\\LocalServer32"}},
-                    Damage{"WithoutATypeLibrary", {L"TypeLib\\{0EA692EE-BB50-4E3C-AEF0-356D91732725}"}},
+    testing::Values(Damage{"WithoutAProgram", {L"CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}\\LocalServer32"}, {}},
+                    Damage{"WithoutATypeLibrary", {L"TypeLib\\{0EA692EE-BB50-4E3C-AEF0-356D91732725}"}, StartedInVain},
                     // Wine looks for it in both views.
                     Damage{"WithoutAnInterface",
                            {L"Interface\\{452AC71A-B655-4967-A208-A4CC39DD7949}",
-                            L"Wow6432Node\\Interface\\{452AC71A-B655-4967-A208-A4CC39DD7949}"}}),
+                            L"Wow6432Node\\Interface\\{452AC71A-B655-4967-A208-A4CC39DD7949}"},
+                           StartedInVain}),
     NameOfStep);
 
-TEST_F(OneNoteShutdown, RealWaitEndsAtOnceWhenOneNoteDiesInACall) {
+TEST_F(OneNoteShutdown, RealWaitEndsWhenOneNoteDiesInACall) {
     RunOneNote(L"Call=Count\nTrouble=end");
     TimeToInstall();
     ExpectLogOfPass(L"onenote.exe", {AfterWaiting(5, L"close windows"),

@@ -201,10 +201,6 @@ void FakeOneNote::Register() {
     References = 0; // COM holds some on the factory; from now on they are the clients'
 }
 
-IClassFactory* FakeOneNote::Factory() {
-    return factory_;
-}
-
 void FakeOneNote::Fail(Call call, HRESULT result, const wchar_t* description) {
     failure_ = {call, result, description};
 }

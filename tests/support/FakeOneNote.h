@@ -41,9 +41,6 @@ public:
     /// Serves the application class to this process until the object goes. COM must be initialised.
     void Register();
 
-    /// The class object, without a reference for the caller.
-    IClassFactory* Factory();
-
     /// The open windows, the current one first. A null handle is a null window.
     std::vector<HWND> Windows;
     /// What `NavigateTo` was called with, and the window that it opens, if any.

@@ -33,7 +33,7 @@ public:
     void Register();
     /// The same, but the objects are in the client's own process, whose temporary folder `folder` must be.
     void RegisterInProcess();
-    /// Removes what a test program that was ended has left in the registry.
+    /// Removes what an earlier test program that was ended has left in the registry.
     static void Unregister();
 
     /// Starts it by hand, and returns when its windows are open.

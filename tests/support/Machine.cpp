@@ -3,7 +3,6 @@
 #include "app/ProcessState.h"
 #include "core/LocalizedStrings.h"
 #include "tests/support/ComErrors.h"
-#include "tests/support/LabOneNote.h"
 #include "tests/support/LabPrograms.h"
 #include "tests/support/Registry.h"
 #include "ui/Logo.h"
@@ -149,7 +148,6 @@ void Machine::ResetSettings() {
         for (const wchar_t* key : {L"\\OneNote", L"\\Common\\LanguageResources"})
             RegDeleteTreeW(HKEY_CURRENT_USER, (std::wstring(L"Software\\Microsoft\\Office\\") + version + key).c_str());
     RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Office\\OneNote\\AddIns\\Vellumkit.Addin");
-    LabOneNote::Unregister();
     DeleteValue(InternetSettings, L"SecureProtocols");
     DeleteValue(InternetPolicies, L"SecureProtocols");
 }
