@@ -18,7 +18,7 @@ mouse and keyboard alone meanwhile.
   --language CODE  the language that Microsoft Office has there (default: en), one of
                    ${languages[*]}
   --dpi N          the resolution of the screen, 72 to 288 (default: 96); the desktop has 1280 by 900 pixels
-  --onenote ROAD   how the installation finds OneNote, a stand-in: running, and it closes when it is asked (default);
+  --onenote STATE  how the installation finds OneNote, a stand-in: running, and it closes when it is asked (default);
                    stubborn, so that it is terminated after a minute; absent, so that there is no search to be seen,
                    and it can't be started at the end
   --config FILE    installs without a window instead, with this configuration file for the elevated installer;

@@ -9,7 +9,7 @@
 # first. ONENOTE says how OneNote is found:
 #
 #   running   with two windows, which close when they are asked; at the end it starts anew
-#   stubborn  the same, but it ignores that and is terminated, which takes a minute
+#   stubborn  the same, but it ignores the request and is terminated, which takes a minute
 #   absent    it is not on the machine, so there is nothing to see of the search; at the end it can't be started
 #
 # Needs a display and the built programs. Ends with the installer's exit code. What runs in the prefix is stopped before
@@ -123,11 +123,21 @@ install_unattended() { # CONFIGURATION_FILE
     exit "$exit_code"
 }
 
+# OneNote takes its time to answer, so that the search lasts long enough for a picture.
 provide_onenote() { # ONENOTE
     local closing=obey
     [ "$1" != stubborn ] || closing=ignore
-    printf '[ElevatedInstaller]\nExitCode=-99\nMilliseconds=5000\n[OneNote]\nWindows=2\nClosing=%s\n' "$closing" \
-        >"$temporary/lab.ini"
+    cat >"$temporary/lab.ini" <<TEXT
+[ElevatedInstaller]
+ExitCode=-99
+Milliseconds=5000
+[OneNote]
+Windows=2
+Closing=$closing
+Call=Item
+Trouble=wait
+Milliseconds=5000
+TEXT
     if [ "$1" = absent ]; then
         in_wine "$onenote" /unregister
         return

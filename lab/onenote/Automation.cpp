@@ -25,8 +25,8 @@ HRESULT Result(HRESULT answer) {
     return FAILED(answer) ? answer : S_OK;
 }
 
-/// A COM object, whose members that nobody calls answer E_NOTIMPL and give nothing: what they would give, the proxy
-/// sets to null. It lives as long as it is referred to. It begins with one reference, that of who made it.
+/// A COM object that lives as long as it is referred to. It begins with one reference, its maker's. Members that nobody
+/// calls answer E_NOTIMPL and set nothing: between processes, the proxy does.
 template <typename Interface>
 class Object : public Interface, public ISupportErrorInfo {
 public:
@@ -50,7 +50,7 @@ public:
         ++References;
         return ++references_;
     }
-    ULONG STDMETHODCALLTYPE Release() override {
+    ULONG STDMETHODCALLTYPE Release() noexcept override {
         const ULONG left = --references_;
         if (left == 0)
             delete this;
@@ -77,7 +77,7 @@ class WindowObject : public Object<Window> {
 public:
     explicit WindowObject(HWND handle) : handle_(handle) {}
 
-    HRESULT STDMETHODCALLTYPE get_WindowHandle(MIDL_uhyper* handle) override {
+    HRESULT STDMETHODCALLTYPE get_WindowHandle(MIDL_uhyper* handle) noexcept override {
         const HRESULT answer = Behaviour::OnCall(L"WindowHandle");
         *handle = answer == S_OK ? reinterpret_cast<MIDL_uhyper>(handle_) : 0;
         return Result(answer);
@@ -105,9 +105,9 @@ private:
 
 class WindowsObject : public Object<Windows> {
 public:
-    HRESULT STDMETHODCALLTYPE get_Item(ULONG index, Window** window) override {
+    HRESULT STDMETHODCALLTYPE get_Item(ULONG index, Window** window) noexcept override {
         const HRESULT answer = Behaviour::OnCall(L"Item", L'(' + std::to_wstring(index) + L')');
-        const std::vector<HWND> windows = OpenWindows();
+        const std::vector<HWND> windows = WindowsInOrder();
         *window = nullptr;
         if (answer == S_OK && index >= windows.size())
             return E_INVALIDARG;
@@ -115,12 +115,12 @@ public:
             *window = new WindowObject(windows[index]);
         return Result(answer);
     }
-    HRESULT STDMETHODCALLTYPE get_Count(ULONG* count) override {
+    HRESULT STDMETHODCALLTYPE get_Count(ULONG* count) noexcept override {
         const HRESULT answer = Behaviour::OnCall(L"Count");
-        *count = answer == S_OK ? static_cast<ULONG>(OpenWindows().size()) : 0;
+        *count = answer == S_OK ? static_cast<ULONG>(WindowsInOrder().size()) : 0;
         return Result(answer);
     }
-    HRESULT STDMETHODCALLTYPE get_CurrentWindow(Window** window) override {
+    HRESULT STDMETHODCALLTYPE get_CurrentWindow(Window** window) noexcept override {
         const HRESULT answer = Behaviour::OnCall(L"CurrentWindow");
         HWND current = CurrentWindow();
         *window = answer == S_OK && current != nullptr ? new WindowObject(current) : nullptr;
@@ -137,16 +137,16 @@ std::wstring Quoted(BSTR text) {
 
 class ApplicationObject : public Object<IApplication> {
 public:
-    HRESULT STDMETHODCALLTYPE get_Windows(Windows** windows) override {
+    HRESULT STDMETHODCALLTYPE get_Windows(Windows** windows) noexcept override {
         const HRESULT answer = Behaviour::OnCall(L"Windows");
         *windows = answer == S_OK ? new WindowsObject : nullptr;
         return Result(answer);
     }
-    HRESULT STDMETHODCALLTYPE NavigateTo(BSTR hierarchyObject, BSTR object, VARIANT_BOOL newWindow) override {
+    HRESULT STDMETHODCALLTYPE NavigateTo(BSTR hierarchyObject, BSTR object, VARIANT_BOOL newWindow) noexcept override {
         const HRESULT answer =
             Behaviour::OnCall(L"NavigateTo", L'(' + Quoted(hierarchyObject) + L", " + Quoted(object) + L", " +
                                                  std::to_wstring(newWindow) + L')');
-        if (answer == S_OK && (newWindow != VARIANT_FALSE || OpenWindows().empty()))
+        if (answer == S_OK && (newWindow != VARIANT_FALSE || WindowsInOrder().empty()))
             OpenWindow();
         return Result(answer);
     }
@@ -193,7 +193,7 @@ public:
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
 
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) override {
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) noexcept override {
         *object = nullptr;
         if (outer != nullptr)
             return CLASS_E_NOAGGREGATION;
@@ -206,6 +206,7 @@ public:
         application->Release();
         return result;
     }
+    /// Locks nothing, on purpose: it ends when nobody uses it.
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 };
 

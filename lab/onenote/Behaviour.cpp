@@ -73,6 +73,7 @@ Behaviour::Closing Behaviour::HowToClose() {
 
 HRESULT Behaviour::OnCall(const std::wstring& member, const std::wstring& arguments) {
     Record(member + arguments);
-    const bool meant = Text(L"Call") == member && ++Calls[member] == Number(L"Occurrence", 1);
+    const unsigned occurrence = ++Calls[member];
+    const bool meant = Text(L"Call") == member && occurrence == Number(L"Occurrence", 1);
     return meant ? MakeTrouble() : S_OK;
 }

@@ -1,5 +1,6 @@
-// The stand-in's objects in the client's own process, for what does not cross processes everywhere: error information.
-// The windows are those of a stand-in that runs beside it; the settings are in the client's temporary folder.
+// The stand-in's objects in the client's own process, because Wine does not carry error information across processes.
+// The settings are in the client's temporary folder. The windows are those of a stand-in that runs beside it, and what
+// NavigateTo opens here.
 
 #include "core/TempPath.h"
 #include "lab/onenote/Automation.h"
@@ -8,7 +9,7 @@
 
 #include <OneNoteLibrary.h>
 
-STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
+STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) noexcept {
     *object = nullptr;
     if (clsid != __uuidof(Application) && clsid != __uuidof(Application2))
         return CLASS_E_CLASSNOTAVAILABLE;

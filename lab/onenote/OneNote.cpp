@@ -9,6 +9,7 @@
 // The exit code is 0, or the HRESULT of what failed.
 
 #include "core/TempPath.h"
+#include "core/Unique.h"
 #include "lab/onenote/Automation.h"
 #include "lab/onenote/Behaviour.h"
 #include "lab/onenote/OpenWindows.h"
@@ -16,9 +17,11 @@
 #include "lab/onenote/Registration.h"
 
 #include <OneNoteLibrary.h>
+#include <comdef.h>
 #include <shellapi.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -33,11 +36,12 @@ struct Options {
 
 Options ReadOptions() {
     Options options;
-    std::error_code unusable;
+    std::error_code ignored;
     int count = 0;
-    wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+    const std::unique_ptr<wchar_t*, decltype(&LocalFree)> list(CommandLineToArgvW(GetCommandLineW(), &count),
+                                                               LocalFree);
     for (int index = 1; index < count; ++index) {
-        const std::wstring_view argument = arguments[index];
+        const std::wstring_view argument = list.get()[index];
         if (argument == L"-Embedding") // so COM calls
             options.task = Task::RunEmbedded;
         else if (argument == L"/register")
@@ -45,9 +49,8 @@ Options ReadOptions() {
         else if (argument == L"/unregister")
             options.task = Task::Unregister;
         else if (argument == L"/settings" && index + 1 < count)
-            options.settings = std::filesystem::absolute(arguments[++index], unusable);
+            options.settings = std::filesystem::absolute(list.get()[++index], ignored);
     }
-    LocalFree(arguments);
     return options;
 }
 
@@ -61,49 +64,59 @@ void DispatchUntilUnused() {
     }
 }
 
-/// One that is not registered serves nobody, although Windows would let it.
-HRESULT RegisterClassObjects() {
-    HRESULT result = S_OK;
-    for (const CLSID& automation : {__uuidof(Application), __uuidof(Application2)}) {
-        DWORD registration = 0; // CoUninitialize revokes it
-        if (IsRegistered() && SUCCEEDED(result))
-            result = CoRegisterClassObject(automation, ClassObject(), CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
-                                           &registration);
-    }
-    return result;
+struct ClassRegistrationTraits {
+    using Handle = DWORD;
+    static constexpr Handle None = 0;
+    static bool IsOpen(Handle registration) { return registration != None; }
+    static void Close(Handle registration) { CoRevokeClassObject(registration); }
+};
+using UniqueClassRegistration = Unique<ClassRegistrationTraits>;
+
+/// Nothing for a OneNote that is not registered: Windows would let it serve clients, and the tests need one that does
+/// not.
+UniqueClassRegistration Serve(const CLSID& automation) {
+    UniqueClassRegistration registration;
+    if (IsRegistered())
+        _com_util::CheckError(CoRegisterClassObject(automation, ClassObject(), CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
+                                                    registration.Receive()));
+    return registration;
 }
 
-HRESULT Run(const Options& options) {
-    Behaviour::ReadFrom(options.settings);
-    RecordBeside(options.settings);
-    const HRESULT result = RegisterClassObjects();
-    if (FAILED(result))
-        return result;
-    for (unsigned left = options.task == Task::Run ? Behaviour::WindowsAtStart() : 0; left != 0; --left)
+void ServeUntilUnused(bool byHand) {
+    const UniqueClassRegistration application = Serve(__uuidof(Application));
+    const UniqueClassRegistration application2 = Serve(__uuidof(Application2));
+    for (unsigned left = byHand ? Behaviour::WindowsAtStart() : 0; left != 0; --left)
         OpenWindow();
-    Record(options.task == Task::Run ? L"Started" : L"Started by COM");
+    Record(byHand ? L"Started" : L"Started by COM");
     DispatchUntilUnused();
-    Record(L"Ended");
-    return S_OK;
 }
 
-HRESULT Perform(const Options& options) {
+void Perform(const Options& options) {
     switch (options.task) {
     case Task::Register:
-        return RegisterOneNote(L"/settings \"" + options.settings + L'"');
+        RegisterOneNote(L"/settings \"" + options.settings + L'"');
+        break;
     case Task::Unregister:
-        return UnregisterOneNote();
+        UnregisterOneNote();
+        break;
     default:
-        return Run(options);
+        Behaviour::ReadFrom(options.settings);
+        RecordBeside(options.settings);
+        ServeUntilUnused(options.task == Task::Run);
+        Record(L"Ended");
+        break;
     }
 }
 
 } // namespace
 
 int WINAPI wWinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, wchar_t* /*commandLine*/, int /*show*/) {
-    const Options options = ReadOptions();
-    CoInitialize(nullptr);
-    const HRESULT result = Perform(options);
+    HRESULT result = CoInitialize(nullptr);
+    try {
+        Perform(ReadOptions());
+    } catch (const _com_error& error) {
+        result = error.Error();
+    }
     CoUninitialize();
     return static_cast<int>(result);
 }

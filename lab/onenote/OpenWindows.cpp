@@ -11,10 +11,11 @@ namespace {
 constexpr wchar_t WindowClass[] = L"LabOneNote";
 constexpr wchar_t FrameClass[] = L"LabOneNoteFrame";
 
-unsigned Open = 0;
-
 /// Of a top-level window, in pixels.
 constexpr SIZE Size{360, 200};
+
+/// Top-level windows of this process.
+unsigned OpenCount = 0;
 
 std::wstring TitleOf(HWND window) {
     std::array<wchar_t, 32> title{};
@@ -49,16 +50,16 @@ void OnPaint(HWND window) {
     EndPaint(window, &paint);
 }
 
-LRESULT CALLBACK TopLevelProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT CALLBACK TopLevelProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
     switch (message) {
     case WM_CLOSE:
         OnClose(window);
         return 0;
     case WM_CREATE:
-        ++Open;
+        ++OpenCount;
         break;
     case WM_DESTROY:
-        --Open;
+        --OpenCount;
         PostMessageW(nullptr, WM_NULL, 0, 0); // wakes the message loop, also for a message that was sent
         break;
     default:
@@ -67,7 +68,7 @@ LRESULT CALLBACK TopLevelProcedure(HWND window, UINT message, WPARAM wParam, LPA
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
-LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
     if (message == WM_PAINT) {
         OnPaint(window);
         return 0;
@@ -98,12 +99,16 @@ HWND Create(const wchar_t* windowClass, LONG_PTR number, HWND frame = nullptr) {
     return window;
 }
 
-BOOL CALLBACK Collect(HWND top, LPARAM collected) {
-    std::array<wchar_t, 32> name{};
-    GetClassNameW(top, name.data(), static_cast<int>(name.size()));
-    const bool framed = name.data() == std::wstring(FrameClass);
-    HWND window = framed ? FindWindowExW(top, nullptr, WindowClass, nullptr) : top;
-    if (window != nullptr && (framed || name.data() == std::wstring(WindowClass)))
+BOOL CALLBACK Collect(HWND top, LPARAM collected) noexcept {
+    std::array<wchar_t, 32> text{};
+    GetClassNameW(top, text.data(), static_cast<int>(text.size()));
+    const std::wstring name = text.data();
+    HWND window = nullptr;
+    if (name == WindowClass)
+        window = top;
+    else if (name == FrameClass)
+        window = FindWindowExW(top, nullptr, WindowClass, nullptr);
+    if (window != nullptr)
         reinterpret_cast<std::vector<HWND>*>(collected)->push_back(window);
     return TRUE;
 }
@@ -120,7 +125,7 @@ std::vector<HWND> FromFrontToBack() {
 void OpenWindow() {
     RegisterWindowClass(WindowClass, WindowProcedure);
     RegisterWindowClass(FrameClass, TopLevelProcedure);
-    const std::vector<HWND> others = OpenWindows();
+    const std::vector<HWND> others = WindowsInOrder();
     const LONG_PTR number = others.empty() ? 1 : NumberOf(others.back()) + 1;
     const bool framed = Behaviour::HasFrames();
     HWND top = Create(framed ? FrameClass : WindowClass, number);
@@ -130,10 +135,10 @@ void OpenWindow() {
 }
 
 bool HasWindows() {
-    return Open != 0;
+    return OpenCount != 0;
 }
 
-std::vector<HWND> OpenWindows() {
+std::vector<HWND> WindowsInOrder() {
     std::vector<HWND> windows = FromFrontToBack();
     std::ranges::sort(windows, {}, NumberOf);
     return windows;

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-/// What the stand-in was asked is recorded in the file onenote.log beside that one from now on.
+/// From now on, what the stand-in is asked is recorded in onenote.log, beside the settings file.
 void RecordBeside(const std::filesystem::path& settingsFile);
 
 /// Appends a line in UTF-8; when this returns, everybody can read it. Nobody empties the file.

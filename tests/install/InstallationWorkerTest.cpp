@@ -170,7 +170,7 @@ TEST_F(Worker, FailsWhenTheProcessesCannotBeListed) {
     EXPECT_EQ(ErrorText, Failed + ComErrorText(_com_error(E_UNEXPECTED)));
 }
 
-TEST_F(Worker, FailsWhenOneNoteSurvivesItsTermination) {
+TEST_F(Worker, FailsWhenTheFoundProgramSurvivesItsTermination) {
     const TargetProgram datebookery;
     {
         const ImportPatch<decltype(WaitForSingleObject)> wait("WaitForSingleObject",

@@ -7,6 +7,7 @@
 #include "tests/support/TestFolder.h"
 
 #include <array>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <utility>
 
@@ -49,6 +50,11 @@ struct Caller<Function> {
     static HRESULT Call(void* object) { return (static_cast<Interface*>(object)->*Function)(Arguments{}...); }
 };
 
+template <auto Function>
+Member MakeMember(const char* name, std::size_t slot) {
+    return {name, slot, Caller<Function>::Call};
+}
+
 } // namespace
 
 TEST_P(OneNoteSlot, IsWhereTheLibraryHasIt) {
@@ -58,10 +64,7 @@ TEST_P(OneNoteSlot, IsWhereTheLibraryHasIt) {
     EXPECT_EQ(CalledSlot, GetParam().slot);
 }
 
-#define MEMBER(Interface, name, slot)                                                                                  \
-    Member {                                                                                                           \
-#Interface "_" #name, slot, Caller < &Interface::name> ::Call                                                  \
-    }
+#define MEMBER(type, name, slot) MakeMember<&type::name>(#type "_" #name, slot)
 INSTANTIATE_TEST_SUITE_P(
     , OneNoteSlot,
     testing::Values(MEMBER(IApplication, GetHierarchy, 7), MEMBER(IApplication, UpdateHierarchy, 8),

@@ -1,4 +1,4 @@
-// The stand-in for OneNote is what it says in the registry, and has every member where OneNote has it.
+// The stand-in for OneNote is registered as OneNote is, and has every member where OneNote has it.
 
 #include "install/OneNoteAutomation.h"
 #include "tests/support/ComApartment.h"
@@ -118,6 +118,23 @@ private:
     ITypeLibPtr library_;
 };
 
+/// One that is registered and runs.
+class RunningOneNote : public testing::Test {
+protected:
+    void SetUp() override {
+        OneNote.Register();
+        OneNote.Start();
+    }
+
+    static HRESULT Connect(const CLSID& automation, OneNoteApplicationPtr& application) {
+        return application.CreateInstance(automation, nullptr, CLSCTX_LOCAL_SERVER);
+    }
+
+    ComApartment Apartment;
+    TestFolder Folder;
+    LabOneNote OneNote{Folder.Path().wstring() + L'\\'};
+};
+
 } // namespace
 
 TEST_F(OneNoteLibrary, HasEveryMemberOfTheApplicationInItsSlot) {
@@ -131,30 +148,6 @@ TEST_F(OneNoteLibrary, HasEveryMemberOfTheCollectionInItsSlot) {
 TEST_F(OneNoteLibrary, HasEveryMemberOfAWindowInItsSlot) {
     EXPECT_EQ(MembersOf(IID_IOneNoteWindow), WindowMembers);
 }
-
-namespace {
-
-/// One that is registered and runs.
-class RunningOneNote : public testing::Test {
-protected:
-    void SetUp() override {
-        OneNote.Register();
-        OneNote.Start();
-    }
-
-    static HRESULT Connect(const CLSID& automation, OneNoteApplicationPtr& application) {
-        return application.CreateInstance(automation, nullptr, CLSCTX_LOCAL_SERVER);
-    }
-
-private:
-    ComApartment apartment_;
-    TestFolder folder_;
-
-protected:
-    LabOneNote OneNote{folder_.Path().wstring() + L'\\'};
-};
-
-} // namespace
 
 TEST_F(RunningOneNote, IsServedUnderBothOfItsClasses) {
     const CLSID second{0xDC67E480, 0xC3CB, 0x49F8, {0x82, 0x32, 0x60, 0xB0, 0xC2, 0x05, 0x6C, 0x8E}};
@@ -170,7 +163,7 @@ TEST_F(RunningOneNote, AnswersThatItDoesNotImplementWhatNobodyCalls) {
     EXPECT_EQ(application->SyncHierarchy(_bstr_t(L"{notebook}")), E_NOTIMPL);
 }
 
-TEST_F(RunningOneNote, EndsWhenItsWindowIsClosedWhicheverWayItIsAsked) {
+TEST_F(RunningOneNote, EndsWhenItsWindowIsClosedByASentMessage) {
     SendMessageW(LabOneNote::Windows().at(0), WM_CLOSE, 0, 0);
     EXPECT_EQ(OneNote.Started().ExitCode(), 0U);
     OneNote.ExpectRecord({L"Started", L"Ended"});

@@ -1,5 +1,5 @@
-// Unattended installations while OneNote or Datebookery runs. The waits are the real ones: a test that needs a long one
-// says so in its name.
+// Installations while OneNote or Datebookery runs, unattended but for one. The waits are the real ones: a test that
+// needs a long one says so in its name.
 
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/LabOneNote.h"
@@ -15,9 +15,9 @@
 
 namespace {
 
-const std::wstring CannotClose = L"ERROR: Cannot close OneNote Windows: ";
-
 using std::chrono::seconds;
+
+const std::wstring CannotClose = L"ERROR: Cannot close OneNote Windows: ";
 
 class OneNoteShutdown : public WindowedMachine {
 protected:
@@ -66,7 +66,7 @@ protected:
         OneNote.Start();
     }
 
-    /// Installs while OneNote runs that can't be asked to close its windows, for that reason.
+    /// Installs while a OneNote runs that can't be asked to close its windows; `errorText` says why.
     void ExpectTermination(const std::wstring& errorText, const Entries& record) const {
         EXPECT_GE(TimeToInstall(), seconds(10));
         EXPECT_EQ(OneNote.Started().ExitCode(), 0U);
@@ -123,7 +123,7 @@ TEST_F(OneNoteShutdown, AsksNothingWhenOneNoteEndsByItself) {
     OneNote.ExpectRecord((Entries{L"Started", L"Ended"}));
 }
 
-TEST_F(OneNoteShutdown, IsAwaitedForDatebookeryToo) {
+TEST_F(OneNoteShutdown, WaitsForDatebookeryToo) {
     const TargetProgram datebookery;
     const Program frontEnd = Start(L"/delay /config x");
     AwaitEntry(L"Found process 'datebk.exe'");
@@ -132,7 +132,7 @@ TEST_F(OneNoteShutdown, IsAwaitedForDatebookeryToo) {
     ExpectLogOfPass(L"datebk.exe", {});
 }
 
-TEST_F(OneNoteShutdown, IsAwaitedForOnlyOneOfTwo) {
+TEST_F(OneNoteShutdown, WaitsForOnlyOneOfTwo) {
     OneNote.Start();
     const TargetProgram datebookery;
     const Program frontEnd = Start(L"/delay /config x");
@@ -179,7 +179,7 @@ TEST_F(OneNoteShutdown, RealWaitEndsWhenTheFramesOfEmbeddedWindowsClose) {
         Joined({{L"Started"}, UpToItem, {L"Item(1)", L"WindowHandle", L"WindowHandle", L"No references", L"Ended"}}));
 }
 
-TEST_F(OneNoteShutdown, RealWaitIsSpentWhileOneNoteTakesLongToAnswer) {
+TEST_F(OneNoteShutdown, RealWaitIsFollowedByAnAnswerThatTakesLong) {
     RunOneNote(L"Call=Count\nTrouble=wait\nMilliseconds=4000");
     EXPECT_GE(TimeToInstall(), seconds(9));
     ExpectLogOfPass(L"onenote.exe", {AfterWaiting(5, L"close windows")});
@@ -267,6 +267,14 @@ TEST_F(OneNoteShutdown, RealWaitIsTenSecondsWhileADialogOfOneNoteIsOpen) {
     ExpectTermination(L"IDispatch error #7728 (0x80042030)", Joined({{L"Started"}, UpToWindows, {L"No references"}}));
 }
 
+TEST_F(OneNoteShutdown, RealWaitEndsWhenOneNoteDiesInACall) {
+    RunOneNote(L"Call=Count\nTrouble=end");
+    TimeToInstall();
+    ExpectLogOfPass(L"onenote.exe", {AfterWaiting(5, L"close windows"),
+                                     CannotClose + SystemErrorText(HRESULT_FROM_WIN32(RPC_S_CALL_FAILED))});
+    OneNote.ExpectRecord(Joined({{L"Started"}, UpToCount}));
+}
+
 TEST_F(OneNoteShutdown, RealWaitIsTenSecondsWhenTheApplicationCannotBeCreated) {
     RunOneNote(LabOneNote::Failing({L"CreateInstance"}, CO_E_SERVER_EXEC_FAILURE));
     ExpectTermination(SystemErrorText(CO_E_SERVER_EXEC_FAILURE), {L"Started", L"CreateInstance"});
@@ -285,6 +293,17 @@ TEST_F(OneNoteShutdown, RealWaitIsTwentySecondsWithTheDelayOptionWhenOneNoteIsNo
                      AfterWaiting(10, L"terminate process")});
 }
 
+INSTANTIATE_TEST_SUITE_P(
+    , OneNoteShutdownDamage,
+    testing::Values(Damage{"WithoutAProgram", {L"CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}\\LocalServer32"}, {}},
+                    Damage{"WithoutATypeLibrary", {L"TypeLib\\{0EA692EE-BB50-4E3C-AEF0-356D91732725}"}, StartedInVain},
+                    // Wine looks for it in both views.
+                    Damage{"WithoutAnInterface",
+                           {L"Interface\\{452AC71A-B655-4967-A208-A4CC39DD7949}",
+                            L"Wow6432Node\\Interface\\{452AC71A-B655-4967-A208-A4CC39DD7949}"},
+                           StartedInVain}),
+    NameOfStep);
+
 TEST_P(OneNoteShutdownDamage, RealWaitIsTenSecondsWithOneErrorInTheLog) {
     OneNote.Register();
     for (const wchar_t* key : GetParam().missingKeys)
@@ -298,23 +317,4 @@ TEST_P(OneNoteShutdownDamage, RealWaitIsTenSecondsWithOneErrorInTheLog) {
     EXPECT_TRUE(std::regex_match(*error, std::wregex(CannotClose + LR"(.+ \(0x8[0-9a-f]{7}\))"))) << *error;
     ExpectLogOfPass(L"datebk.exe", {AfterWaiting(5, L"close windows"), *error, AfterWaiting(5, L"terminate process")});
     OneNote.ExpectRecord(GetParam().record);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , OneNoteShutdownDamage,
-    testing::Values(Damage{"WithoutAProgram", {L"CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}\\LocalServer32"}, {}},
-                    Damage{"WithoutATypeLibrary", {L"TypeLib\\{0EA692EE-BB50-4E3C-AEF0-356D91732725}"}, StartedInVain},
-                    // Wine looks for it in both views.
-                    Damage{"WithoutAnInterface",
-                           {L"Interface\\{452AC71A-B655-4967-A208-A4CC39DD7949}",
-                            L"Wow6432Node\\Interface\\{452AC71A-B655-4967-A208-A4CC39DD7949}"},
-                           StartedInVain}),
-    NameOfStep);
-
-TEST_F(OneNoteShutdown, RealWaitEndsWhenOneNoteDiesInACall) {
-    RunOneNote(L"Call=Count\nTrouble=end");
-    TimeToInstall();
-    ExpectLogOfPass(L"onenote.exe", {AfterWaiting(5, L"close windows"),
-                                     CannotClose + SystemErrorText(HRESULT_FROM_WIN32(RPC_S_CALL_FAILED))});
-    OneNote.ExpectRecord(Joined({{L"Started"}, UpToCount}));
 }

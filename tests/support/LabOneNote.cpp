@@ -43,19 +43,25 @@ void EndPrograms() {
     }
 }
 
+struct ServiceHandleTraits {
+    using Handle = SC_HANDLE;
+    static constexpr Handle None = nullptr;
+    static bool IsOpen(Handle handle) { return handle != nullptr; }
+    static void Close(Handle handle) { CloseServiceHandle(handle); }
+};
+using UniqueServiceHandle = Unique<ServiceHandleTraits>;
+
 /// Wine's service keeps the class object of a server that was terminated, and gives it to the next client; started
 /// again on demand, it knows of none. Windows notices, and does not let the service be stopped.
 void ForgetClassObjects() {
-    SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
-    SC_HANDLE service = OpenServiceW(manager, L"RpcSs", SERVICE_STOP | SERVICE_QUERY_STATUS);
+    const UniqueServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+    const UniqueServiceHandle service(OpenServiceW(manager.Get(), L"RpcSs", SERVICE_STOP | SERVICE_QUERY_STATUS));
     SERVICE_STATUS status{};
-    if (ControlService(service, SERVICE_CONTROL_STOP, &status)) {
-        const Watchdog::Waiting waiting("the end of the service that keeps class objects");
-        while (QueryServiceStatus(service, &status) && status.dwCurrentState != SERVICE_STOPPED)
-            Sleep(20);
-    }
-    CloseServiceHandle(service);
-    CloseServiceHandle(manager);
+    if (!ControlService(service.Get(), SERVICE_CONTROL_STOP, &status))
+        return;
+    const Watchdog::Waiting waiting("the end of the service that keeps class objects");
+    while (QueryServiceStatus(service.Get(), &status) && status.dwCurrentState != SERVICE_STOPPED)
+        Sleep(20);
 }
 
 } // namespace
@@ -76,7 +82,7 @@ LabOneNote::~LabOneNote() {
 
 void LabOneNote::Set(std::wstring settings) const {
     settings += L'\n';
-    std::ranges::replace(settings, L'\n', L'\0'); // so the function takes them
+    std::ranges::replace(settings, L'\n', L'\0'); // as the function wants them
     EXPECT_TRUE(WritePrivateProfileSectionW(L"OneNote", settings.c_str(), (folder_ + L"lab.ini").c_str()));
 }
 

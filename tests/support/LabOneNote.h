@@ -22,7 +22,7 @@ public:
 
     /// A member, and which of the calls to it, counted from 1.
     struct Call {
-        const wchar_t* member;
+        const wchar_t* member = nullptr;
         int occurrence = 1;
     };
     // Settings for a call that fails, or that succeeds and gives null.
@@ -46,8 +46,8 @@ public:
     /// Closes them as a user would.
     static void Close();
 
-    /// Compares what it was asked and what became of it, in order. It records that it has ended when nobody waits for
-    /// it, so this waits for the last entry.
+    /// Compares what it was asked and what became of it, in order. "Ended" may come late, so this waits up to 10
+    /// seconds for the last entry.
     void ExpectRecord(const Entries& expected) const;
 
 private:
