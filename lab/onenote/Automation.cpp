@@ -73,6 +73,12 @@ private:
     ULONG references_ = 1;
 };
 
+/// Lack of memory ends the process: the callers let no exception out.
+template <typename T, typename... Arguments>
+T* Make(Arguments... arguments) {
+    return new T(arguments...);
+}
+
 class WindowObject : public Object<Window> {
 public:
     explicit WindowObject(HWND handle) : handle_(handle) {}
@@ -112,7 +118,7 @@ public:
         if (answer == S_OK && index >= windows.size())
             return E_INVALIDARG;
         if (answer == S_OK)
-            *window = new WindowObject(windows[index]);
+            *window = Make<WindowObject>(windows[index]);
         return Result(answer);
     }
     HRESULT STDMETHODCALLTYPE get_Count(ULONG* count) noexcept override {
@@ -123,7 +129,7 @@ public:
     HRESULT STDMETHODCALLTYPE get_CurrentWindow(Window** window) noexcept override {
         const HRESULT answer = Behaviour::OnCall(L"CurrentWindow");
         HWND current = CurrentWindow();
-        *window = answer == S_OK && current != nullptr ? new WindowObject(current) : nullptr;
+        *window = answer == S_OK && current != nullptr ? Make<WindowObject>(current) : nullptr;
         return Result(answer);
     }
 
@@ -139,7 +145,7 @@ class ApplicationObject : public Object<IApplication> {
 public:
     HRESULT STDMETHODCALLTYPE get_Windows(Windows** windows) noexcept override {
         const HRESULT answer = Behaviour::OnCall(L"Windows");
-        *windows = answer == S_OK ? new WindowsObject : nullptr;
+        *windows = answer == S_OK ? Make<WindowsObject>() : nullptr;
         return Result(answer);
     }
     HRESULT STDMETHODCALLTYPE NavigateTo(BSTR hierarchyObject, BSTR object, VARIANT_BOOL newWindow) noexcept override {
@@ -201,7 +207,7 @@ public:
         const HRESULT answer = Behaviour::OnCall(L"CreateInstance");
         if (answer != S_OK)
             return Result(answer);
-        auto* const application = new ApplicationObject;
+        auto* const application = Make<ApplicationObject>();
         const HRESULT result = application->QueryInterface(iid, object);
         application->Release();
         return result;

@@ -9,7 +9,7 @@
 
 #include <OneNoteLibrary.h>
 
-STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) noexcept {
+STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
     *object = nullptr;
     if (clsid != __uuidof(Application) && clsid != __uuidof(Application2))
         return CLASS_E_CLASSNOTAVAILABLE;

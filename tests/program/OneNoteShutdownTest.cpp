@@ -308,7 +308,7 @@ TEST_P(OneNoteShutdownDamage, RealWaitIsTenSecondsWithOneErrorInTheLog) {
     OneNote.Register();
     for (const wchar_t* key : GetParam().missingKeys)
         RegDeleteTreeW(HKEY_CLASSES_ROOT, key);
-    const TargetProgram datebookery; // a OneNote of its own would serve its class whatever the registry says
+    const TargetProgram datebookery; // a OneNote that runs would serve its clients without a program to start
     EXPECT_GE(TimeToInstall(), seconds(10));
     EXPECT_EQ(datebookery.ExitCode(), 0U);
     const Entries log = Logged();
