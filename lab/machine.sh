@@ -118,6 +118,10 @@ make_base_prefix() {
     wine --version >"$prefixes/base.made"
 }
 
+import_settings() {
+    wine regedit /S "$(wine winepath -w "$WINEPREFIX/screen.reg")" >/dev/null 2>&1
+}
+
 # The copy shares its files with the base, but for those that are written in place.
 make_prefix() { # NAME SETTINGS
     remove_prefix "$1"
@@ -126,7 +130,8 @@ make_prefix() { # NAME SETTINGS
     cp --remove-destination "$prefixes"/base/drive_c/windows/*.ini "$prefixes/$1/drive_c/windows"
     enter_prefix "$1"
     echo "$2" >"$WINEPREFIX/screen.reg"
-    wine regedit /S "$(wine winepath -w "$WINEPREFIX/screen.reg")" >/dev/null 2>&1 || fail "Wine takes no settings"
+    # About one start of Wine in two thousand fails without a word.
+    import_settings || import_settings || fail "Wine takes no settings"
     wineserver --wait
     echo "$2" >"$prefixes/$1.made"
 }
