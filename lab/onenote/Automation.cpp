@@ -133,6 +133,7 @@ public:
         return Result(answer);
     }
 
+    // NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): the library's property is called _NewEnum
     HRESULT STDMETHODCALLTYPE get__NewEnum(IUnknown**) override { return E_NOTIMPL; }
 };
 
