@@ -21,7 +21,8 @@ function(collect_sources directory result)
     set(${result} "${${result}}" PARENT_SCOPE)
 endfunction()
 
-foreach(directory core checks install ui app lab/datebookery lab/elevated-installer lab/gallery lab/onenote resources tests)
+foreach(directory core checks install ui app
+        lab/datebookery lab/elevated-installer lab/gallery lab/onenote resources tests)
     collect_sources(${directory} linted)
 endforeach()
 
@@ -29,7 +30,8 @@ add_test(NAME Sources.AreCleanUnderClangFormat COMMAND "${CLANG_FORMAT}" --dry-r
 
 # clang reads the cross compiler's headers, but its own ones for what is built into it.
 set(tidy_arguments --quiet -p "${PROJECT_BINARY_DIR}" --extra-arg=--target=x86_64-w64-windows-gnu
-    --extra-arg=-nostdlibinc --extra-arg=-Wno-unknown-warning-option --extra-arg=-Wreserved-identifier)
+    --extra-arg=-nostdlibinc --extra-arg=-Wno-unknown-warning-option
+    --extra-arg=-Wreserved-identifier --extra-arg=-Wreserved-macro-identifier)
 foreach(directory IN LISTS CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES)
     if(NOT directory MATCHES "/gcc/[^/]*/[^/]*/include(-fixed)?$")
         list(APPEND tidy_arguments "--extra-arg=-isystem${directory}")
