@@ -4,6 +4,7 @@
 #include "app/ErrorTexts.h"
 #include "app/ProcessState.h"
 #include "app/WorkerThread.h"
+#include "checks/Requirements.h"
 #include "core/LocalizedStrings.h"
 #include "core/Log.h"
 #include "core/UiLanguage.h"
@@ -33,6 +34,8 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, wchar_t* command
     CommandLineText = commandLine;
     ReadCommandLine(commandLine);
     UnattendedMode = !ConfigPath.empty();
+    if (!CheckRequirements())
+        return 0;
 
     if (UnattendedMode)
         return static_cast<int>(InstallationWorker(nullptr));

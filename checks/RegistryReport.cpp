@@ -8,3 +8,13 @@ void WriteRegistryReport(std::wstring_view title, std::vector<RegistryEntry> ent
         Log(true) << L"    " << entry.PathText() << L" - " << (entry.Read() ? entry.ValueText() : L"Not found");
     Log(true);
 }
+
+std::vector<RegistryEntry> EntriesOfBothViews(const std::wstring& key, std::span<const RegisteredValue> values) {
+    std::vector<RegistryEntry> entries;
+    for (const wchar_t* view : {L"", L"Wow6432Node\\"}) {
+        for (const RegisteredValue& value : values)
+            entries.push_back(
+                {.root = HKEY_CLASSES_ROOT, .subkey = view + key + value.subkey, .valueName = value.valueName});
+    }
+    return entries;
+}

@@ -2,6 +2,7 @@
 
 #include "core/RegistryEntry.h"
 
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -9,3 +10,15 @@
 /// and an empty entry. Nothing is changed, and whatever can't be read is "Not found". Fails only without memory. Any
 /// thread.
 void WriteRegistryReport(std::wstring_view title, std::vector<RegistryEntry> entries);
+
+/// A value of what is registered under some key.
+struct RegisteredValue {
+    /// Below that key, with a leading backslash, or empty.
+    const wchar_t* subkey;
+    /// Null is the default value.
+    const wchar_t* valueName;
+};
+
+/// The values of a registration under `key` of HKEY_CLASSES_ROOT, in order: first all of the native view, then all of
+/// the 32-bit one.
+std::vector<RegistryEntry> EntriesOfBothViews(const std::wstring& key, std::span<const RegisteredValue> values);

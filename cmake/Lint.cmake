@@ -22,7 +22,7 @@ function(collect_sources directory result)
 endfunction()
 
 foreach(directory core checks install ui app
-        lab/datebookery lab/elevated-installer lab/gallery lab/onenote resources tests)
+        lab/browser lab/datebookery lab/elevated-installer lab/gallery lab/office lab/onenote resources tests)
     collect_sources(${directory} linted)
 endforeach()
 

@@ -2,6 +2,7 @@
 
 #include "app/ProcessState.h"
 #include "core/LocalizedStrings.h"
+#include "core/Product.h"
 #include "install/OneNoteStart.h"
 #include "ui/Fonts.h"
 #include "ui/Painting.h"
@@ -11,7 +12,6 @@ namespace {
 
 constexpr wchar_t WindowClass[] = L"WC_VELLUMKIT_INSTALLER";
 constexpr DWORD WindowStyle = WS_VISIBLE | WS_CLIPCHILDREN | WS_CAPTION | WS_SYSMENU | WS_MINIMIZEBOX;
-constexpr WORD ApplicationIcon = 100;
 
 /// The control that had the focus when the window was last deactivated.
 HWND SavedFocus = nullptr;

@@ -1,14 +1,13 @@
 #include "tests/support/LabOneNote.h"
 
 #include "core/Unique.h"
-#include "tests/support/TestFolder.h"
+#include "tests/support/LabPrograms.h"
 #include "tests/support/Watchdog.h"
 
 #include <tlhelp32.h>
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -16,12 +15,8 @@ namespace {
 
 constexpr wchar_t AutomationClass[] = L"CLSID\\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}";
 
-std::filesystem::path File(const wchar_t* name) {
-    return ProgramFolder().parent_path() / "lab" / name;
-}
-
 void Run(const std::wstring& arguments) {
-    EXPECT_EQ(Program(File(L"onenote.exe"), arguments).ExitCode(), 0U);
+    EXPECT_EQ(Program(LabFolder() / "onenote.exe", arguments).ExitCode(), 0U);
 }
 
 std::wstring Trouble(const LabOneNote::Call& call, const wchar_t* trouble) {
@@ -104,7 +99,7 @@ void LabOneNote::Register() {
 
 void LabOneNote::RegisterInProcess() {
     Register();
-    const std::wstring file = File(L"onenote-in-process.dll");
+    const std::wstring file = LabFolder() / "onenote-in-process.dll";
     const auto size = static_cast<DWORD>((file.size() + 1) * sizeof(wchar_t));
     const std::wstring server = std::wstring(AutomationClass) + L"\\InprocServer32";
     EXPECT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, server.c_str(), nullptr, REG_SZ, file.c_str(), size), ERROR_SUCCESS);
@@ -117,7 +112,7 @@ void LabOneNote::Unregister() {
 }
 
 void LabOneNote::Start() {
-    started_.emplace(File(L"onenote.exe"), L"/settings \"" + folder_ + L"lab.ini\"");
+    started_.emplace(LabFolder() / "onenote.exe", L"/settings \"" + folder_ + L"lab.ini\"");
     const Watchdog::Waiting waiting("the windows of the lab's OneNote");
     while (std::ranges::count(Record(), L"Started") == 0)
         Sleep(20);
@@ -142,16 +137,9 @@ void LabOneNote::Close() {
 }
 
 void LabOneNote::ExpectRecord(const Entries& expected) const {
-    const ULONGLONG end = GetTickCount64() + 10000;
-    while (Record().size() < expected.size() && GetTickCount64() < end)
-        Sleep(20);
-    EXPECT_EQ(Record(), expected);
+    ExpectLines(folder_ + L"onenote.log", expected);
 }
 
 Entries LabOneNote::Record() const {
-    Entries lines;
-    std::wifstream file(std::filesystem::path(folder_ + L"onenote.log"));
-    for (std::wstring line; std::getline(file, line);)
-        lines.push_back(line);
-    return lines;
+    return ReadLines(folder_ + L"onenote.log");
 }

@@ -2,12 +2,16 @@
 
 #include "tests/support/TestFolder.h"
 
+std::filesystem::path LabFolder() {
+    return ProgramFolder().parent_path() / "lab";
+}
+
 std::filesystem::path ElevatedInstaller() {
-    return ProgramFolder().parent_path() / "lab/elevated-installer.exe";
+    return LabFolder() / "elevated-installer.exe";
 }
 
 std::filesystem::path Datebookery() {
-    return ProgramFolder().parent_path() / "lab/datebk.exe";
+    return LabFolder() / "datebk.exe";
 }
 
 TargetProgram::TargetProgram(const std::filesystem::path& file)

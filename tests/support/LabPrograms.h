@@ -2,6 +2,9 @@
 
 #include "tests/support/Program.h"
 
+/// Where the lab's programs and their data lie: out/release/lab, say.
+std::filesystem::path LabFolder();
+
 /// The stand-in for the elevated installer.
 std::filesystem::path ElevatedInstaller();
 

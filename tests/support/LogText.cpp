@@ -3,6 +3,8 @@
 #include "core/Log.h"
 #include "core/TempPath.h"
 
+#include <windows.h>
+
 #include <cstring>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -27,6 +29,28 @@ std::wstring Utf16(const std::string& bytes) {
     std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
     std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
     return text;
+}
+
+std::wstring Utf8(const std::string& bytes) {
+    const auto size = static_cast<int>(bytes.size());
+    std::wstring text(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, nullptr, 0)), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), static_cast<int>(text.size()));
+    return text;
+}
+
+Entries ReadLines(const std::filesystem::path& file) {
+    Entries lines;
+    std::ifstream stream(file);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(Utf8(line));
+    return lines;
+}
+
+void ExpectLines(const std::filesystem::path& file, const Entries& expected) {
+    const ULONGLONG end = GetTickCount64() + 10000;
+    while (ReadLines(file).size() < expected.size() && GetTickCount64() < end)
+        Sleep(20);
+    EXPECT_EQ(ReadLines(file), expected);
 }
 
 Entries ParseEntries(std::wstring log) {

@@ -14,6 +14,15 @@ std::string ReadBytes(const std::filesystem::path& file);
 /// UTF-16LE bytes as text.
 std::wstring Utf16(const std::string& bytes);
 
+/// UTF-8 bytes as text.
+std::wstring Utf8(const std::string& bytes);
+
+/// The lines of a UTF-8 file; none when there is no such file.
+Entries ReadLines(const std::filesystem::path& file);
+
+/// Compares them all, in order. The last ones may come late, so this waits up to 10 seconds for as many as expected.
+void ExpectLines(const std::filesystem::path& file, const Entries& expected);
+
 /// A test failure when the text is not made of entries from its first character on (after the byte-order mark, if any).
 Entries ParseEntries(std::wstring log);
 

@@ -7,6 +7,7 @@
 #include "tests/support/Registry.h"
 #include "ui/Logo.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iomanip>
 #include <sstream>
@@ -19,11 +20,16 @@ void DeleteValue(const wchar_t* subkey, const wchar_t* name) {
     RegDeleteKeyValueW(HKEY_CURRENT_USER, subkey, name);
 }
 
-std::wstring Lines(const Entries& entries) {
+template <typename Iterator>
+std::wstring Lines(Iterator first, Iterator last) {
     std::wstring lines;
-    for (const std::wstring& entry : entries)
-        lines += entry + L'\n';
+    for (; first != last; ++first)
+        lines += *first + L'\n';
     return lines;
+}
+
+std::wstring Lines(const Entries& entries) {
+    return Lines(entries.begin(), entries.end());
 }
 
 } // namespace
@@ -89,8 +95,18 @@ Entries Machine::Logged() const {
     return ReadEntries(Temporary() + L"Vellumkit_Install.log");
 }
 
+Entries::const_iterator Machine::EndOfReport(const Entries& log) {
+    return std::ranges::find(log, L"Begin processing");
+}
+
 void Machine::ExpectLog(const Entries& expected) const {
-    EXPECT_EQ(Lines(Logged()), Lines(expected));
+    const Entries log = Logged();
+    EXPECT_EQ(Lines(EndOfReport(log), log.end()), Lines(expected));
+}
+
+void Machine::ExpectReport(const Entries& expected) const {
+    const Entries log = Logged();
+    EXPECT_EQ(Lines(log.begin(), EndOfReport(log)), Lines(expected));
 }
 
 std::wstring Machine::PayloadCommandLine() const {

@@ -42,8 +42,10 @@ protected:
 
     /// The entries of the front-end's log.
     Entries Logged() const;
-    /// Compares them all, in order; a failure shows the lines that differ.
+    /// Compares all of them that follow the report about the machine, in order; a failure shows the lines that differ.
     void ExpectLog(const Entries& expected) const;
+    /// Compares the report about the machine.
+    void ExpectReport(const Entries& expected) const;
     /// How the elevated installer was called: its whole command line.
     std::wstring PayloadCommandLine() const;
 
@@ -58,6 +60,8 @@ protected:
 
 private:
     static void ResetSettings();
+    /// Where the log's report about the machine ends, and the first pass begins.
+    static Entries::const_iterator EndOfReport(const Entries& log);
 
     TestFolder folder_;
 };

@@ -63,15 +63,21 @@ DWORD Program::ExitCode() const {
     return code;
 }
 
+HWND FindWindowOf(const Program& program, const wchar_t* windowClass) {
+    HWND window = nullptr;
+    while ((window = FindWindowExW(nullptr, window, windowClass, nullptr)) != nullptr) {
+        DWORD owner = 0;
+        GetWindowThreadProcessId(window, &owner);
+        if (owner == program.Id())
+            break;
+    }
+    return window;
+}
+
 HWND AwaitWindow(const Program& program, const wchar_t* windowClass) {
     const Watchdog::Waiting waiting("a window of a program that the test started");
     for (;; Sleep(20)) {
-        HWND window = nullptr;
-        while ((window = FindWindowExW(nullptr, window, windowClass, nullptr)) != nullptr) {
-            DWORD owner = 0;
-            GetWindowThreadProcessId(window, &owner);
-            if (owner == program.Id())
-                return window;
-        }
+        if (const HWND window = FindWindowOf(program, windowClass); window != nullptr)
+            return window;
     }
 }

@@ -30,5 +30,8 @@ private:
     UniqueHandle process_;
 };
 
-/// Waits until the program has a top-level window of that class, visible or not, and returns it.
+/// A top-level window of that class of the program, visible or not; null when there is none.
+HWND FindWindowOf(const Program& program, const wchar_t* windowClass);
+
+/// Waits until there is such a window, and returns it.
 HWND AwaitWindow(const Program& program, const wchar_t* windowClass);

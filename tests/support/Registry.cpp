@@ -38,10 +38,19 @@ void SetDword(const wchar_t* subkey, const wchar_t* name, DWORD value) {
 }
 
 void SetValue(const wchar_t* subkey, const wchar_t* name, DWORD type, const std::vector<unsigned char>& bytes) {
+    SetValueOf(HKEY_CURRENT_USER, subkey, name, type, bytes);
+}
+
+void SetValueOf(HKEY root, const wchar_t* subkey, const wchar_t* name, DWORD type,
+                const std::vector<unsigned char>& bytes) {
     std::vector<unsigned char> guarded = bytes;
     guarded.resize(bytes.size() + 4, 0xFF); // Windows adds to a string a NUL that stands right behind it
-    EXPECT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, subkey, name, type, guarded.data(), static_cast<DWORD>(bytes.size())),
+    EXPECT_EQ(RegSetKeyValueW(root, subkey, name, type, guarded.data(), static_cast<DWORD>(bytes.size())),
               ERROR_SUCCESS);
+}
+
+void Register(const std::wstring& subkey, const wchar_t* name, const std::wstring& text) {
+    SetValueOf(HKEY_CLASSES_ROOT, subkey.c_str(), name, REG_SZ, Bytes(text + L'\0'));
 }
 
 std::vector<unsigned char> Bytes(const std::wstring& text) {

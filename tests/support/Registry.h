@@ -39,6 +39,13 @@ private:
 void SetDword(const wchar_t* subkey, const wchar_t* name, DWORD value);
 void SetValue(const wchar_t* subkey, const wchar_t* name, DWORD type, const std::vector<unsigned char>& bytes);
 
+/// `SetValue` for another root.
+void SetValueOf(HKEY root, const wchar_t* subkey, const wchar_t* name, DWORD type,
+                const std::vector<unsigned char>& bytes);
+
+/// A string with its NUL under HKEY_CLASSES_ROOT, as it is registered there.
+void Register(const std::wstring& subkey, const wchar_t* name, const std::wstring& text);
+
 /// The bytes of UTF-16 text, just as many as it has characters.
 std::vector<unsigned char> Bytes(const std::wstring& text);
 

@@ -1,5 +1,6 @@
 #include "app/DpiAwareness.h"
 #include "core/Log.h"
+#include "tests/support/LabOffice.h"
 #include "tests/support/LabOneNote.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/Watchdog.h"
@@ -16,6 +17,7 @@ int main(int argc, char** argv) {
     SetEnvironmentVariableW(L"TMP", folder.Path().c_str());
     Watchdog::Start();
     LabOneNote::Unregister();
+    LabOffice::Remove();
     const int result = RUN_ALL_TESTS();
     CloseLog(); // so that the folder can go
     return result;

@@ -1,0 +1,64 @@
+#include "checks/BitnessPrompt.h"
+
+#include "app/ProcessState.h"
+#include "core/Product.h"
+
+#include <comdef.h>
+#include <commctrl.h>
+#include <shellapi.h>
+
+#include <array>
+
+namespace {
+
+// "&" right behind the path, on purpose: the web site knows the address in this form.
+constexpr wchar_t DownloadAddress[] =
+    L"https://" VELLUMKIT_WEB_HOST "/downloadFile&fv=" VELLUMKIT_VERSION_TEXT "&file=VellumkitInstaller.x86.exe";
+constexpr wchar_t HelpAddress[] = L"https://" VELLUMKIT_WEB_HOST "/how-to/find-office-bitness";
+
+enum Button { ButtonDownload32 = 100, ButtonContinue64 = 101, ButtonHowToFind = 102 };
+
+/// Returns the button that was pressed, or what else closed the dialog.
+int ShowPrompt() {
+    constexpr std::array Buttons{
+        TASKDIALOG_BUTTON{ButtonDownload32, L"Download 32-bit Vellumkit"},
+        TASKDIALOG_BUTTON{ButtonContinue64, L"No I have 64-bit OneNote, continue 64-bit installation"},
+        TASKDIALOG_BUTTON{ButtonHowToFind, L"Show me how to find which version of OneNote I have"},
+    };
+    TASKDIALOGCONFIG config{};
+    config.cbSize = sizeof config;
+    config.hwndParent = MainWindow;
+    config.hInstance = InstanceHandle;
+    config.dwFlags = TDF_ENABLE_HYPERLINKS | TDF_USE_COMMAND_LINKS; // no text has a link: kept on purpose
+    config.pszWindowTitle = L"Vellumkit Installer";
+    config.pszMainIcon = MAKEINTRESOURCEW(ApplicationIcon);
+    config.pszMainInstruction = L"You are installing 64-bit version of Vellumkit, but it appears that you may have "
+                                L"32-bit version of OneNote installed. ";
+    config.cButtons = Buttons.size();
+    config.pButtons = Buttons.data();
+    config.nDefaultButton = ButtonDownload32;
+    int pressed = 0;
+    _com_util::CheckError(TaskDialogIndirect(&config, &pressed, nullptr, nullptr));
+    return pressed;
+}
+
+void OpenInBrowser(const wchar_t* address) {
+    ShellExecuteW(nullptr, nullptr, address, nullptr, nullptr, SW_SHOW);
+}
+
+} // namespace
+
+bool ConfirmBitness() {
+    for (;;) {
+        switch (ShowPrompt()) {
+        case ButtonDownload32:
+            OpenInBrowser(DownloadAddress);
+            return false;
+        case ButtonHowToFind:
+            OpenInBrowser(HelpAddress);
+            break;
+        default:
+            return true;
+        }
+    }
+}

@@ -1,0 +1,52 @@
+#include "checks/ComRegistrationReport.h"
+
+#include "checks/RegistryReport.h"
+
+#include <array>
+
+namespace {
+
+constexpr std::array ClassValues{
+    RegisteredValue{L"", nullptr},
+    RegisteredValue{L"\\InprocServer32", nullptr},
+    RegisteredValue{L"\\InprocServer32", L"ThreadingModel"},
+    RegisteredValue{L"\\LocalServer32", nullptr},
+    RegisteredValue{L"\\ProgID", nullptr},
+    RegisteredValue{L"\\TypeLib", nullptr},
+};
+
+constexpr std::array InterfaceValues{
+    RegisteredValue{L"", nullptr},
+    RegisteredValue{L"\\ProxyStubClsid", nullptr},
+    RegisteredValue{L"\\ProxyStubClsid32", nullptr},
+    RegisteredValue{L"\\TypeLib", nullptr},
+    RegisteredValue{L"\\TypeLib", L"Version"},
+};
+
+} // namespace
+
+void ReportProgId(const std::wstring& progId, const std::vector<std::wstring>& versions) {
+    std::vector<std::wstring> keys{progId, progId + L"\\CLSID", progId + L"\\CurVer"};
+    for (const std::wstring& version : versions) {
+        keys.push_back(progId + L'.' + version);
+        keys.push_back(progId + L'.' + version + L"\\CLSID");
+    }
+    std::vector<RegistryEntry> entries;
+    for (const std::wstring& key : keys)
+        entries.push_back({.root = HKEY_CLASSES_ROOT, .subkey = key});
+    WriteRegistryReport(L"ProgId for " + progId, entries);
+}
+
+void ReportClsid(const std::wstring& name, const std::wstring& clsid) {
+    WriteRegistryReport(L"CLSID for " + name, EntriesOfBothViews(L"CLSID\\" + clsid, ClassValues));
+}
+
+std::wstring ReportInterface(const std::wstring& name, const std::wstring& iid) {
+    std::vector<RegistryEntry> entries = EntriesOfBothViews(L"Interface\\" + iid, InterfaceValues);
+    WriteRegistryReport(L"IID for " + name, entries);
+    for (const std::size_t version : {InterfaceValues.size() - 1, entries.size() - 1}) {
+        if (entries[version].Read())
+            return entries[version].stringData.substr(0, entries[version].stringData.find(L'\0'));
+    }
+    return {};
+}

@@ -1,0 +1,310 @@
+#include "checks/TypeLibraryBitness.h"
+
+#include "core/Unique.h"
+#include "tests/support/ImportPatch.h"
+#include "tests/support/Registry.h"
+#include "tests/support/TestFolder.h"
+
+#include <algorithm>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace std::string_literals;
+
+class TypeLibraryBitness : public LoggedRegistry {
+protected:
+    /// The entries behind the first block: what was said of files and bitness when that was the only version.
+    Entries LoggedBehindTheBlock() const {
+        const Entries log = Logged();
+        return {std::ranges::find(log, L"") + 1, log.end()};
+    }
+};
+
+/// The four paths of version 1.1, as they are stored; empty for a missing one.
+struct Paths {
+    std::wstring win32Native;
+    std::wstring win64Native;
+    std::wstring win32Wow64;
+    std::wstring win64Wow64;
+};
+
+void Store(const std::wstring& subkey, const std::wstring& data) {
+    if (!data.empty())
+        SetValueOf(HKEY_CLASSES_ROOT, subkey.c_str(), nullptr, REG_SZ, Bytes(data));
+}
+
+void StorePaths(const Paths& paths) {
+    Store(L"TypeLib\\{L}\\1.1\\0\\Win32", paths.win32Native);
+    Store(L"TypeLib\\{L}\\1.1\\0\\Win64", paths.win64Native);
+    Store(L"Wow6432Node\\TypeLib\\{L}\\1.1\\0\\Win32", paths.win32Wow64);
+    Store(L"Wow6432Node\\TypeLib\\{L}\\1.1\\0\\Win64", paths.win64Wow64);
+}
+
+bool Check(const std::vector<std::wstring>& versions, const std::wstring& wanted) {
+    return CheckTypeLibraryBitness(L"ISome", L"{L}", versions, wanted);
+}
+
+/// The ten lines of a version of which nothing is registered, and the lines around them.
+Entries EmptyBlock(const std::wstring& version) {
+    Entries block{L"Type library for ISome version " + version};
+    for (const wchar_t* view : {L"    HKCR\\", L"    HKCR\\Wow6432Node\\"}) {
+        for (const wchar_t* value :
+             {L"\\@", L"\\PrimaryInteropAssemblyName", L"\\0\\Win32\\@", L"\\0\\Win64\\@", L"\\FLAGS\\@"})
+            block.push_back(view + (L"TypeLib\\{L}\\" + version) + value + L" - Not found");
+    }
+    block.emplace_back();
+    return block;
+}
+
+const std::wstring X86 = L"C:\\x86\\a.exe\\3\0"s;
+const std::wstring Plain = L"C:\\a.exe\\3\0"s;
+const std::wstring EmptyButTerminated = L"\0"s;
+
+struct Verdict {
+    const char* name;
+    Paths paths;
+    bool only32Bit;
+};
+
+class BitnessVerdict : public TypeLibraryBitness, public testing::WithParamInterface<Verdict> {};
+
+struct Spelling {
+    const char* name;
+    const wchar_t* path;
+    bool isX86;
+};
+
+class PathSpelling : public TypeLibraryBitness, public testing::WithParamInterface<Spelling> {};
+
+/// A path as it is stored, and the entry about the file; "(file)" stands for a file that exists. No entry: null.
+struct RegisteredPath {
+    const char* name;
+    std::wstring path;
+    std::wstring entry;
+};
+
+class FileCheck : public TypeLibraryBitness, public testing::WithParamInterface<RegisteredPath> {
+protected:
+    FileCheck() { std::ofstream(std::filesystem::path(file_)) << "x"; }
+
+    std::wstring WithFile(std::wstring text) const {
+        if (const std::size_t place = text.find(L"(file)"); place != std::wstring::npos)
+            text.replace(place, 6, file_);
+        return text;
+    }
+
+private:
+    const TestFolder folder_;
+    const std::wstring file_ = (folder_.Path() / "library.dll").wstring();
+};
+
+const auto NameOf = [](const auto& item) { return item.param.name; };
+
+} // namespace
+
+TEST_F(TypeLibraryBitness, OfNoVersionsIsFalseAndSaysNothing) {
+    EXPECT_FALSE(Check({}, L""));
+    EXPECT_EQ(Logged(), Entries{});
+}
+
+TEST_F(TypeLibraryBitness, ShowsABlockForEachVersionInTheOrderGiven) {
+    EXPECT_FALSE(Check({L"1.1", L"1.0"}, L""));
+    Entries expected = EmptyBlock(L"1.1");
+    std::ranges::copy(EmptyBlock(L"1.0"), std::back_inserter(expected));
+    EXPECT_EQ(Logged(), expected);
+}
+
+TEST_F(TypeLibraryBitness, ShowsTheRegistrationTheFilesAndTheVerdictOfTheWantedVersion) {
+    for (const std::wstring view : {L"", L"Wow6432Node\\"}) {
+        const std::wstring key = view + L"TypeLib\\{L}\\1.1";
+        Register(key, nullptr, view + L"a");
+        Register(key, L"PrimaryInteropAssemblyName", view + L"b");
+        Register(key + L"\\0\\Win32", nullptr, L"C:\\none\\x86\\c.dll");
+        Register(key + L"\\0\\Win64", nullptr, L"C:\\none\\d.dll\\3");
+        Register(key + L"\\FLAGS", nullptr, view + L"e");
+    }
+    EXPECT_FALSE(Check({L"1.1"}, L"1.1"));
+    EXPECT_EQ(Logged(), (Entries{
+                            L"Type library for ISome version 1.1",
+                            L"    HKCR\\TypeLib\\{L}\\1.1\\@ - a\0 (String)"s,
+                            L"    HKCR\\TypeLib\\{L}\\1.1\\PrimaryInteropAssemblyName - b\0 (String)"s,
+                            L"    HKCR\\TypeLib\\{L}\\1.1\\0\\Win32\\@ - C:\\none\\x86\\c.dll\0 (String)"s,
+                            L"    HKCR\\TypeLib\\{L}\\1.1\\0\\Win64\\@ - C:\\none\\d.dll\\3\0 (String)"s,
+                            L"    HKCR\\TypeLib\\{L}\\1.1\\FLAGS\\@ - e\0 (String)"s,
+                            L"    HKCR\\Wow6432Node\\TypeLib\\{L}\\1.1\\@ - Wow6432Node\\a\0 (String)"s,
+                            L"    HKCR\\Wow6432Node\\TypeLib\\{L}\\1.1\\PrimaryInteropAssemblyName - "
+                            L"Wow6432Node\\b\0 (String)"s,
+                            L"    HKCR\\Wow6432Node\\TypeLib\\{L}\\1.1\\0\\Win32\\@ - C:\\none\\x86\\c.dll\0 (String)"s,
+                            L"    HKCR\\Wow6432Node\\TypeLib\\{L}\\1.1\\0\\Win64\\@ - C:\\none\\d.dll\\3\0 (String)"s,
+                            L"    HKCR\\Wow6432Node\\TypeLib\\{L}\\1.1\\FLAGS\\@ - Wow6432Node\\e\0 (String)"s,
+                            L"",
+                            L"Error: File DOES NOT exist: C:\\none\\x86\\c.dll\0"s,
+                            L"Error: File DOES NOT exist: C:\\none\\d.dll",
+                            L"Error: File DOES NOT exist: C:\\none\\x86\\c.dll\0"s,
+                            L"Error: File DOES NOT exist: C:\\none\\d.dll",
+                            L"",
+                            L"Checking bitness for this type library",
+                            L"Win32 Native: x86 C:\\none\\x86\\c.dll\0"s,
+                            L"Win32 Wow64: x86 C:\\none\\x86\\c.dll\0"s,
+                            L"Win64 Native: C:\\none\\d.dll\\3\0"s,
+                            L"Win64 Wow64: C:\\none\\d.dll\\3\0"s,
+                            L"Result: x64 detected",
+                            L"",
+                        }));
+}
+
+TEST_F(TypeLibraryBitness, IsToldOfTheWantedVersionOnly) {
+    StorePaths({X86, L"", L"", L""});
+    Store(L"TypeLib\\{L}\\1.0\\0\\Win32", Plain);
+    EXPECT_TRUE(Check({L"1.0", L"1.1", L"1.2"}, L"1.1"));
+    EXPECT_FALSE(Check({L"1.0", L"1.1", L"1.2"}, L"1.0"));
+    EXPECT_FALSE(Check({L"1.0", L"1.1", L"1.2"}, L"1.2"));
+    EXPECT_EQ(std::ranges::count(Logged(), L"Checking bitness for this type library"), 3);
+}
+
+TEST_F(TypeLibraryBitness, IsFalseWhenNoVersionIsTheWantedOneToTheLetter) {
+    StorePaths({X86, L"", L"", L""});
+    for (const std::wstring& wanted : {L""s, L"1"s, L"1.10"s, L"1.1 "s, L"1.1\0"s, L"2.0"s})
+        EXPECT_FALSE(Check({L"1.0", L"1.1"}, wanted));
+    EXPECT_EQ(std::ranges::count(Logged(), L"Checking bitness for this type library"), 0);
+    EXPECT_EQ(std::ranges::count(Logged(), L"Error: File DOES NOT exist: C:\\x86\\a.exe"), 6);
+}
+
+TEST_F(TypeLibraryBitness, CountsWhatCannotBeReadAsMissing) {
+    static auto* const Open = ImportedNow<decltype(RegOpenKeyExW)>("RegOpenKeyExW");
+    StorePaths({X86, Plain, X86, Plain});
+    const ImportPatch<decltype(RegOpenKeyExW)> denied(
+        "RegOpenKeyExW", [](HKEY root, LPCWSTR subkey, DWORD options, REGSAM access, PHKEY key) -> LSTATUS {
+            const bool is64Bit = std::wstring_view(subkey).ends_with(L"Win64");
+            return is64Bit ? ERROR_ACCESS_DENIED : Open(root, subkey, options, access, key);
+        });
+    EXPECT_TRUE(Check({L"1.1"}, L"1.1"));
+    EXPECT_EQ(Logged()[4], L"    HKCR\\TypeLib\\{L}\\1.1\\0\\Win64\\@ - Not found");
+}
+
+TEST_F(TypeLibraryBitness, TakesANumberInThePlaceOfAPathForNone) {
+    StorePaths({X86, L"", L"", L""});
+    SetValueOf(HKEY_CLASSES_ROOT, L"TypeLib\\{L}\\1.1\\0\\Win64", nullptr, REG_DWORD, {64, 0, 0, 0});
+    EXPECT_TRUE(Check({L"1.1"}, L"1.1"));
+    EXPECT_EQ(Logged()[4], L"    HKCR\\TypeLib\\{L}\\1.1\\0\\Win64\\@ - 64 (DWORD)");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , BitnessVerdict,
+    testing::Values(Verdict{"NothingRegistered", {}, false}, Verdict{"X86Native", {X86, L"", L"", L""}, true},
+                    Verdict{"X86InBothViews", {X86, L"", X86, L""}, true},
+                    Verdict{"X86NativeButNotInThe32BitView", {X86, L"", Plain, L""}, false},
+                    Verdict{"X86InThe32BitViewOnly", {L"", L"", X86, L""}, false},
+                    Verdict{"X86InThe32BitViewButNotNative", {Plain, L"", X86, L""}, false},
+                    Verdict{"NotX86", {Plain, L"", L"", L""}, false},
+                    Verdict{"NotX86InBothViews", {Plain, L"", Plain, L""}, false},
+                    Verdict{"Win64Native", {X86, Plain, X86, L""}, false},
+                    Verdict{"Win64InThe32BitView", {X86, L"", X86, Plain}, false},
+                    Verdict{"Win64InAnX86Folder", {X86, X86, X86, L""}, false},
+                    Verdict{"Win64OnlyNative", {L"", X86, L"", L""}, false},
+                    Verdict{"Win64EmptyButTerminated", {X86, EmptyButTerminated, L"", L""}, false},
+                    Verdict{"Win64EmptyButTerminatedInThe32BitView", {X86, L"", L"", EmptyButTerminated}, false},
+                    Verdict{"Win32EmptyButTerminatedInThe32BitView", {X86, L"", EmptyButTerminated, L""}, false}),
+    NameOf);
+
+TEST_P(BitnessVerdict, IsX86WhenNothingIsRegisteredFor64Bit) {
+    const Verdict& item = GetParam();
+    StorePaths(item.paths);
+    EXPECT_EQ(Check({L"1.1"}, L"1.1"), item.only32Bit);
+    const auto x86OrX64 = [](const std::wstring& path) {
+        return path.find(L"x86") != std::wstring::npos ? L"x86 " : L"x64 ";
+    };
+    const Entries log = Logged();
+    ASSERT_GE(log.size(), 7U);
+    EXPECT_EQ(Entries(log.end() - 8, log.end()),
+              (Entries{
+                  L"",
+                  L"Checking bitness for this type library",
+                  L"Win32 Native: " + (x86OrX64(item.paths.win32Native) + item.paths.win32Native),
+                  L"Win32 Wow64: " + (x86OrX64(item.paths.win32Wow64) + item.paths.win32Wow64),
+                  L"Win64 Native: " + item.paths.win64Native,
+                  L"Win64 Wow64: " + item.paths.win64Wow64,
+                  item.only32Bit ? L"Result: x86 detected" : L"Result: x64 detected",
+                  L"",
+              }));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , PathSpelling,
+    testing::Values(Spelling{"ProgramFiles", L"C:\\Program Files (x86)\\a.dll", true},
+                    Spelling{"InCapitals", L"C:\\PROGRAM FILES (X86)\\a.dll", true},
+                    Spelling{"AtTheStart", L"x86\\a.dll", true}, Spelling{"AtTheEnd", L"C:\\a.x86", true},
+                    Spelling{"WithinAWord", L"C:\\CommonX86\\a.dll", true},
+                    Spelling{"ShortName", L"C:\\PROGRA~2\\a.dll", false}, Spelling{"Apart", L"C:\\x 86\\a.dll", false},
+                    Spelling{"X64", L"C:\\CommonX64\\a.dll", false}, Spelling{"I386", L"C:\\i386\\86x\\a.dll", false}),
+    NameOf);
+
+TEST_P(PathSpelling, IsLookedForInTheWholePath) {
+    Register(L"TypeLib\\{L}\\1.1\\0\\Win32", nullptr, GetParam().path);
+    EXPECT_EQ(Check({L"1.1"}, L"1.1"), GetParam().isX86);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , FileCheck,
+    testing::Values(RegisteredPath{"There", L"(file)\0"s, L"File exists: (file)\0"s},
+                    RegisteredPath{"ThereUnterminated", L"(file)", L"File exists: (file)"},
+                    RegisteredPath{"ThereBehindItsIndex", L"(file)\\3\0"s, L"File exists: (file)"},
+                    RegisteredPath{"UnterminatedIndex", L"(file)\\3", L"Error: File DOES NOT exist: (file)\\3"},
+                    RegisteredPath{"AnotherCharacterForTheNul", L"(file)\\3x", L"File exists: (file)"},
+                    RegisteredPath{"AnotherIndex", L"(file)\\2\0"s, L"Error: File DOES NOT exist: (file)\\2\0"s},
+                    RegisteredPath{"LongIndex", L"(file)\\33\0"s, L"Error: File DOES NOT exist: (file)\\33\0"s},
+                    RegisteredPath{"IndexTwice", L"(file)\\3\\3\0"s, L"Error: File DOES NOT exist: (file)\\3"},
+                    RegisteredPath{"Quoted", L"\"(file)\"\0"s, L"Error: File DOES NOT exist: \"(file)\"\0"s},
+                    RegisteredPath{"Missing", L"C:\\no such file\0"s,
+                                   L"Error: File DOES NOT exist: C:\\no such file\0"s},
+                    RegisteredPath{"MissingBehindItsIndex", L"C:\\x\\ONENOTE.EXE\\3\0"s,
+                                   L"Error: File DOES NOT exist: C:\\x\\ONENOTE.EXE"},
+                    RegisteredPath{"OnlyAnIndex", L"C:\\3\0"s, L"Error: File DOES NOT exist: C:"},
+                    RegisteredPath{"Folder", L"C:\\Windows\0"s, L"Error: File DOES NOT exist: C:\\Windows\0"s},
+                    RegisteredPath{"FiveCharacters", L"C:\\x\0"s, L"Error: File DOES NOT exist: C:\\x\0"s},
+                    RegisteredPath{"FiveCharactersUnterminated", L"C:\\xy", L"Error: File DOES NOT exist: C:\\xy"},
+                    RegisteredPath{"FourCharacters", L"C:\\\0"s, L""},
+                    RegisteredPath{"FourUnterminated", L"C:\\x", L""}, RegisteredPath{"ThreeCharacters", L"C:\0"s, L""},
+                    RegisteredPath{"ThreeCharactersUnterminated", L"C:\\", L""},
+                    RegisteredPath{"EmptyButTerminated", EmptyButTerminated, L""}, RegisteredPath{"Empty", L"", L""}),
+    NameOf);
+
+TEST_P(FileCheck, SaysWhetherTheFileIsThere) {
+    const Entries expected = GetParam().entry.empty() ? Entries{} : Entries{WithFile(GetParam().entry)};
+    const std::wstring path = WithFile(GetParam().path);
+    StorePaths({path, L"", L"", L""});
+    EXPECT_FALSE(Check({L"1.1"}, L""));
+    EXPECT_EQ(LoggedBehindTheBlock(), expected);
+}
+
+TEST_F(TypeLibraryBitness, ChecksTheFilesInTheOrderOfTheirEntries) {
+    StorePaths({L"C:\\none1", L"C:\\none2", L"C:\\none3", L"C:\\none4"});
+    EXPECT_FALSE(Check({L"1.1"}, L""));
+    EXPECT_EQ(LoggedBehindTheBlock(),
+              (Entries{L"Error: File DOES NOT exist: C:\\none1", L"Error: File DOES NOT exist: C:\\none2",
+                       L"Error: File DOES NOT exist: C:\\none3", L"Error: File DOES NOT exist: C:\\none4"}));
+}
+
+TEST_F(TypeLibraryBitness, TakesALockedFileForMissingAndDecidesAllTheSame) {
+    const TestFolder folder;
+    const std::wstring file = (folder.Path() / "x86.dll").wstring();
+    const UniqueHandle lock(
+        CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    Register(L"TypeLib\\{L}\\1.1\\0\\Win32", nullptr, file);
+    EXPECT_TRUE(Check({L"1.1"}, L"1.1"));
+    EXPECT_EQ(LoggedBehindTheBlock()[0], L"Error: File DOES NOT exist: " + file + L'\0');
+}
+
+TEST_F(TypeLibraryBitness, LeavesNoFileOpen) {
+    const TestFolder folder;
+    const std::wstring file = (folder.Path() / "library.dll").wstring();
+    std::ofstream(std::filesystem::path(file)) << "x";
+    Register(L"TypeLib\\{L}\\1.1\\0\\Win32", nullptr, file);
+    EXPECT_FALSE(Check({L"1.1"}, L"1.1"));
+    EXPECT_EQ(LoggedBehindTheBlock()[0], L"File exists: " + file + L'\0');
+    const UniqueHandle alone(
+        CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    EXPECT_TRUE(alone) << "error " << GetLastError();
+}
