@@ -23,8 +23,11 @@ Setting Language(DWORD lcid) {
     return {REG_DWORD, Dword(lcid)->bytes};
 }
 
-Setting Stored(DWORD type, const std::wstring& data) {
-    return {type, Bytes(data)};
+/// As many bytes of the data as `size` says, or all of them.
+Setting Stored(DWORD type, const std::wstring& data, std::size_t size = std::wstring::npos) {
+    std::vector<unsigned char> bytes = Bytes(data);
+    bytes.resize(std::min(size, bytes.size()));
+    return {type, bytes};
 }
 
 /// A multi-string of these strings.
@@ -88,9 +91,7 @@ struct OfficeSettings {
     const wchar_t* answer;
 };
 
-class OfficeLanguage : public testing::TestWithParam<OfficeSettings> {
-    RegistrySandbox sandbox_;
-};
+class OfficeLanguage : public testing::TestWithParam<OfficeSettings> {};
 
 struct Office {
     int version;
@@ -222,6 +223,10 @@ INSTANTIATE_TEST_SUITE_P(
                     OfficeSettings{"FallbackWithoutData", {}, Stored(REG_MULTI_SZ, L""), L"no match"},
                     OfficeSettings{"FallbackWithoutStrings", {}, Fallback({}), L"no match"},
                     OfficeSettings{"FallbackWithoutNul", {}, Stored(REG_MULTI_SZ, L"1031"), L"de"},
+                    OfficeSettings{"FallbackWithOneNul", {}, Stored(REG_MULTI_SZ, L"1031\0"s), L"de"},
+                    OfficeSettings{"FallbackOfAnOddSize", {}, Stored(REG_MULTI_SZ, L"1031;1036", 9), L"de"},
+                    OfficeSettings{"FallbackCutWithinTheNumber", {}, Stored(REG_MULTI_SZ, L"1031", 7), L"no match"},
+                    OfficeSettings{"FallbackOfOneByte", {}, Stored(REG_MULTI_SZ, L"1", 1), L"no match"},
                     OfficeSettings{"FallbackOfTwoStrings", {}, Fallback({L"1031", L"1036"}), L"de"},
                     OfficeSettings{"FallbackInTheSecondString", {}, Fallback({L"1053", L"1031"}), L"no match"},
                     OfficeSettings{"FallbackOfTwoNumbers", {}, Fallback({L"1031;1036"}), L"de"},
@@ -237,9 +242,14 @@ INSTANTIATE_TEST_SUITE_P(
     NameOf);
 
 TEST_P(OfficeLanguage, IsItsLanguageOrItsFallback) {
-    SetOffice(15, GetParam().language, GetParam().fallback);
-    EXPECT_EQ(Answer([](std::wstring& code) { return OfficeUiLanguage(15, code); }), GetParam().answer);
-    EXPECT_EQ(Answer([](std::wstring& code) { return OfficeUiLanguage(16, code); }), L"no match");
+    for (const int installed : {14, 15, 16}) {
+        const RegistrySandbox sandbox;
+        SetOffice(installed, GetParam().language, GetParam().fallback);
+        for (const int version : {14, 15, 16}) {
+            EXPECT_EQ(Answer([version](std::wstring& code) { return OfficeUiLanguage(version, code); }),
+                      version == installed ? GetParam().answer : L"no match");
+        }
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(

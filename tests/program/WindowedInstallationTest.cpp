@@ -126,15 +126,6 @@ TEST_F(WindowedInstallation, ShowsTheProgramsOwnTextForItsOwnErrorCode) {
     InstallerScreen(program).AwaitFailure(L"Failed to read installation resource. (0xffffff9c)");
 }
 
-TEST_F(WindowedInstallation, SpeaksTheLanguageOfOffice) {
-    SetDword(OfficeLanguages, L"UILanguage", 0x407);
-    const Program program = Start(L"");
-    const InstallerScreen screen(program);
-    LoadLocalizedStrings(L"de");
-    screen.Await(ScreenStatus::Completed);
-    EXPECT_EQ(CaptionOf(screen.Primary()), L"&Schließen");
-}
-
 TEST_F(WindowedInstallation, HappensWithoutTheConfigOptionOrAPath) {
     for (const wchar_t* arguments : {L"/config", L"/config \"\"", L"/CONFIG x", L"/delay x"}) {
         const Program program = Start(arguments);

@@ -1,0 +1,73 @@
+// The language of the real executable's window: what the settings of Office and Windows name, on buttons and painted.
+
+#include "core/LocalizedStrings.h"
+#include "tests/support/InstallerScreen.h"
+#include "tests/support/Machine.h"
+#include "tests/support/Registry.h"
+
+namespace {
+
+/// What is set for the current user; a value of REG_NONE is missing.
+struct OfficeLanguage {
+    const wchar_t* version;
+    DWORD language = 0;
+    const wchar_t* fallback = nullptr;
+};
+
+struct LanguageCase {
+    const char* name;
+    std::vector<OfficeLanguage> offices;
+    const wchar_t* code;
+};
+
+class LanguageOfTheWindow : public WindowedMachine, public testing::WithParamInterface<LanguageCase> {
+protected:
+    void SetUp() override {
+        WindowedMachine::SetUp();
+        RegDeleteTreeW(HKEY_CURRENT_USER, OfficeLanguages);
+        for (const OfficeLanguage& office : GetParam().offices)
+            Set(office);
+    }
+
+private:
+    static void Set(const OfficeLanguage& office) {
+        const std::wstring key =
+            std::wstring(L"Software\\Microsoft\\Office\\") + office.version + L"\\Common\\LanguageResources";
+        if (office.language != 0)
+            SetDword(key.c_str(), L"UILanguage", office.language);
+        if (office.fallback != nullptr)
+            SetValue(key.c_str(), L"UIFallback", REG_MULTI_SZ, Bytes(office.fallback + std::wstring(2, L'\0')));
+    }
+};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    , LanguageOfTheWindow,
+    testing::Values(LanguageCase{"EnglishOfGreatBritain", {{L"16.0", 2057}}, L"en"},
+                    LanguageCase{"SimplifiedChinese", {{L"16.0", 2052}}, L"zh-CN"},
+                    LanguageCase{"TraditionalChinese", {{L"15.0", 1028}}, L"zh-TW"},
+                    LanguageCase{"Czech", {{L"14.0", 1029}}, L"cs"},
+                    LanguageCase{"DutchOfBelgium", {{L"16.0", 2067}}, L"nl"},
+                    LanguageCase{"FrenchOfCanada", {{L"16.0", 3084}}, L"fr"},
+                    LanguageCase{"GermanOfTheNewestOffice", {{L"14.0", 1036}, {L"15.0", 1040}, {L"16.0", 1031}}, L"de"},
+                    LanguageCase{"ItalianOfTheNewerOffice", {{L"14.0", 1036}, {L"15.0", 1040}}, L"it"},
+                    LanguageCase{"NorwegianInTheFallback", {{L"16.0", 2068, L"1044"}}, L"nb"},
+                    LanguageCase{"PolishInTheFallbackAlone", {{L"15.0", 0, L"1045"}}, L"pl"},
+                    LanguageCase{"PortugueseOfBrazil", {{L"16.0", 1046}}, L"pt-BR"},
+                    LanguageCase{"RussianOfTheOlderOffice", {{L"15.0", 1049}, {L"16.0", 1058}}, L"ru"},
+                    LanguageCase{"SlovakBehindASemicolon", {{L"16.0", 1058, L"1053;1051"}}, L"sk"},
+                    LanguageCase{"SpanishOfTheModernSort", {{L"16.0", 3082}}, L"es"},
+                    LanguageCase{"Turkish", {{L"16.0", 1055}}, L"tr"},
+                    LanguageCase{"Macedonian", {{L"16.0", 1071}}, L"mk"},
+                    LanguageCase{"EnglishForPortugueseOfPortugal", {{L"16.0", 2070, L"1033"}}, L"en"}),
+    [](const auto& item) { return item.param.name; });
+
+TEST_P(LanguageOfTheWindow, IsThatOfTheSettings) {
+    LoadLocalizedStrings(GetParam().code);
+    const Program program = Start(L"");
+    const InstallerScreen screen(program);
+    screen.Await(ScreenStatus::Completed);
+    EXPECT_EQ(CaptionOf(screen.Primary()), GetLocalizedString(StrClose));
+    EXPECT_EQ(CaptionOf(screen.Secondary()), GetLocalizedString(StrStartOneNote));
+}
