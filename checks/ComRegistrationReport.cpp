@@ -6,6 +6,12 @@
 
 namespace {
 
+constexpr std::array ProgIdValues{
+    RegisteredValue{L"", nullptr},
+    RegisteredValue{L"\\CLSID", nullptr},
+    RegisteredValue{L"\\CurVer", nullptr},
+};
+
 constexpr std::array ClassValues{
     RegisteredValue{L"", nullptr},
     RegisteredValue{L"\\InprocServer32", nullptr},
@@ -26,14 +32,10 @@ constexpr std::array InterfaceValues{
 } // namespace
 
 void ReportProgId(const std::wstring& progId, const std::vector<std::wstring>& versions) {
-    std::vector<std::wstring> keys{progId, progId + L"\\CLSID", progId + L"\\CurVer"};
-    for (const std::wstring& version : versions) {
-        keys.push_back(progId + L'.' + version);
-        keys.push_back(progId + L'.' + version + L"\\CLSID");
-    }
     std::vector<RegistryEntry> entries;
-    for (const std::wstring& key : keys)
-        entries.push_back({.root = HKEY_CLASSES_ROOT, .subkey = key});
+    AddEntries(entries, progId, ProgIdValues);
+    for (const std::wstring& version : versions) // which has no newer one of its own
+        AddEntries(entries, std::wstring(progId).append(L".").append(version), std::span(ProgIdValues).first(2));
     WriteRegistryReport(L"ProgId for " + progId, entries);
 }
 

@@ -9,12 +9,14 @@ void WriteRegistryReport(std::wstring_view title, std::vector<RegistryEntry> ent
     Log(true);
 }
 
+void AddEntries(std::vector<RegistryEntry>& entries, const std::wstring& key, std::span<const RegisteredValue> values) {
+    for (const RegisteredValue& value : values)
+        entries.push_back({.root = HKEY_CLASSES_ROOT, .subkey = key + value.subkey, .valueName = value.valueName});
+}
+
 std::vector<RegistryEntry> EntriesOfBothViews(const std::wstring& key, std::span<const RegisteredValue> values) {
     std::vector<RegistryEntry> entries;
-    for (const wchar_t* view : {L"", L"Wow6432Node\\"}) {
-        for (const RegisteredValue& value : values)
-            entries.push_back(
-                {.root = HKEY_CLASSES_ROOT, .subkey = view + key + value.subkey, .valueName = value.valueName});
-    }
+    AddEntries(entries, key, values);
+    AddEntries(entries, L"Wow6432Node\\" + key, values);
     return entries;
 }

@@ -19,6 +19,8 @@ struct RegisteredValue {
     const wchar_t* valueName;
 };
 
-/// The values of a registration under `key` of HKEY_CLASSES_ROOT, in order: first all of the native view, then all of
-/// the 32-bit one.
+/// Adds the values of a registration under `key` of HKEY_CLASSES_ROOT, in order.
+void AddEntries(std::vector<RegistryEntry>& entries, const std::wstring& key, std::span<const RegisteredValue> values);
+
+/// The values of a registration: first all of the native view, then all of the 32-bit one.
 std::vector<RegistryEntry> EntriesOfBothViews(const std::wstring& key, std::span<const RegisteredValue> values);

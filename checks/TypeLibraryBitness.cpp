@@ -66,18 +66,23 @@ bool CheckBitness(const TypeLibFileList& files) {
     return only32Bit;
 }
 
+TypeLibFileList ReportVersion(const std::wstring& name, const std::wstring& libId, const std::wstring& version) {
+    const std::vector<RegistryEntry> entries =
+        EntriesOfBothViews(L"TypeLib\\" + libId + L'\\' + version, LibraryValues);
+    WriteRegistryReport(L"Type library for " + name + L" version " + version, entries);
+    TypeLibFileList files = ReadFileList(entries);
+    for (const auto* path : {&files.win32Native, &files.win64Native, &files.win32Wow64, &files.win64Wow64})
+        CheckFile(*path);
+    return files;
+}
+
 } // namespace
 
 bool CheckTypeLibraryBitness(const std::wstring& name, const std::wstring& libId,
                              const std::vector<std::wstring>& versions, const std::wstring& wanted) {
     bool only32Bit = false;
     for (const std::wstring& version : versions) {
-        const std::vector<RegistryEntry> entries =
-            EntriesOfBothViews(L"TypeLib\\" + libId + L'\\' + version, LibraryValues);
-        WriteRegistryReport(L"Type library for " + name + L" version " + version, entries);
-        const TypeLibFileList files = ReadFileList(entries);
-        for (const auto* path : {&files.win32Native, &files.win64Native, &files.win32Wow64, &files.win64Wow64})
-            CheckFile(*path);
+        const TypeLibFileList files = ReportVersion(name, libId, version);
         if (version == wanted)
             only32Bit = CheckBitness(files);
     }

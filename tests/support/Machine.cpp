@@ -4,6 +4,7 @@
 #include "core/LocalizedStrings.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/LabPrograms.h"
+#include "tests/support/LogDocument.h"
 #include "tests/support/Registry.h"
 #include "ui/Logo.h"
 
@@ -92,7 +93,9 @@ DWORD Machine::Install(const std::wstring& configuration) const {
 }
 
 Entries Machine::Logged() const {
-    return ReadEntries(Temporary() + L"Vellumkit_Install.log");
+    const Entries log = ReadEntries(Temporary() + L"Vellumkit_Install.log");
+    ExpectDocumented(log);
+    return log;
 }
 
 Entries::const_iterator Machine::EndOfReport(const Entries& log) {

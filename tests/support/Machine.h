@@ -40,7 +40,7 @@ protected:
     std::wstring Temporary() const { return folder_.Path().wstring() + L'\\'; }
     std::wstring Target() const { return Temporary() + L"Vellumkit\\Vellumkit Installer.exe"; }
 
-    /// The entries of the front-end's log.
+    /// The entries of the front-end's log. A test failure when docs/log.md does not explain each of them.
     Entries Logged() const;
     /// Compares all of them that follow the report about the machine, in order; a failure shows the lines that differ.
     void ExpectLog(const Entries& expected) const;

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "tests/support/LogText.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// An entry of the log as docs/log.md quotes it, in which "…" stands for any text. Blanks at an entry's end are not
+/// quoted.
+struct QuotedEntry {
+    std::wstring text;
+    /// The document's section, without what marks a heading.
+    std::wstring section;
+
+    bool Matches(std::wstring_view entry) const;
+};
+
+/// All of them, in the document's order.
+const std::vector<QuotedEntry>& QuotedEntries();
+
+/// A test failure when an entry of the log is not quoted, or when their order is not that of the document's sections.
+/// "Begin processing" may come again: a pass that is retried.
+void ExpectDocumented(const Entries& log);
