@@ -7,7 +7,7 @@ here=$(dirname -- "$(realpath -- "$0")")
 
 usage() {
     cat <<TEXT
-Usage: ./run.sh [--language CODE] [--dpi N] [--onenote running|stubborn|absent]
+Usage: ./run.sh [--language CODE] [--dpi N] [--onenote running|stubborn|absent | --machine NAME]
        ./run.sh --config FILE
        ./run.sh gallery
 
@@ -21,6 +21,9 @@ mouse and keyboard alone meanwhile.
   --onenote STATE  how the installation finds OneNote, a stand-in: running, and it closes when it is asked (default);
                    stubborn, so that it is terminated after a minute; absent, so that there is no search to be seen,
                    and it can't be started at the end
+  --machine NAME   what the registry says of OneNote and Office on the machine, which has no OneNote running; on some
+                   of these the installer asks first whether to go on, and is told to; one of
+$(machines | fold -s -w 96 | sed 's/^/                   /')
   --config FILE    installs without a window instead, with this configuration file for the elevated installer;
                    lab/sample.ini explains what its stand-in reads from there
   gallery          makes pictures of every screen in every language instead
@@ -33,20 +36,25 @@ fail() {
     exit 2
 }
 
+machines() {
+    basename -s .ini -a -- "$here"/lab/office/*.ini | paste -s -d ' '
+}
+
 misuse() {
     usage >&2
     fail "$@"
 }
 
-mode=window language=en dpi=96 onenote=running settings=0
-unset config
+mode=window language=en dpi=96 settings=0
+unset config onenote machine
 while [ $# -gt 0 ]; do
     case $1 in
-    --config | --language | --dpi | --onenote) [ $# -ge 2 ] || misuse "$1 needs an argument" ;;&
+    --config | --language | --dpi | --onenote | --machine) [ $# -ge 2 ] || misuse "$1 needs an argument" ;;&
     --config) config=$2; shift 2 ;;
     --language) language=$2 settings=1; shift 2 ;;
     --dpi) dpi=$2 settings=1; shift 2 ;;
     --onenote) onenote=$2 settings=1; shift 2 ;;
+    --machine) machine=$2 settings=1; shift 2 ;;
     gallery) mode=gallery; shift ;;
     --help) usage; exit ;;
     *) misuse "unknown argument $1" ;;
@@ -57,10 +65,13 @@ if [ -v config ]; then
     mode=unattended
 fi
 [ "$mode" = window ] || [ "$settings" = 0 ] ||
-    misuse "--language, --dpi and --onenote are for the installation with a window"
+    misuse "--language, --dpi, --onenote and --machine are for the installation with a window"
+[ ! -v onenote ] || [ ! -v machine ] || misuse "--onenote has a registration of its own, so --machine can't give one"
+onenote=${onenote-${machine+absent}} onenote=${onenote:-running}
 [[ $language =~ ^[A-Za-z-]+$ && -v office_languages[$language] ]] || misuse "unknown language '$language'"
 [[ $dpi =~ ^[1-9][0-9]{1,2}$ && $dpi -ge 72 && $dpi -le 288 ]] || misuse "--dpi takes a number from 72 to 288"
 [[ $onenote =~ ^(running|stubborn|absent)$ ]] || misuse "--onenote takes running, stubborn or absent"
+[ ! -v machine ] || [ -f "$here/lab/office/$machine.ini" ] || misuse "unknown machine '$machine'"
 if [ "$mode" = unattended ]; then
     [[ -f $config && -r $config ]] || fail "cannot read $config"
     config=$(realpath -- "$config")
@@ -71,12 +82,13 @@ lab/machine.sh packages
 
 case $mode in
 window)
-    lab/machine.sh build VellumkitInstaller onenote
+    lab/machine.sh build VellumkitInstaller onenote office
     VELLUMKIT_FONT=$(font_of "$language")
     export VELLUMKIT_FONT VELLUMKIT_DPI=$dpi VELLUMKIT_PREFIX=lab-$language-$dpi
     display=()
     xdotool getdisplaygeometry >/dev/null 2>&1 || display=(lab/machine.sh display)
-    exec "${display[@]}" lab/installation.sh window "$language" "$onenote" "out/screenshots/$language-$dpi"
+    exec "${display[@]}" lab/installation.sh window "$language" "$onenote" "${machine:-no-office}" \
+        "out/screenshots/$language-$dpi${machine:+-$machine}"
     ;;
 unattended)
     lab/machine.sh build VellumkitInstaller

@@ -2,7 +2,7 @@
 # Performs an installation in the prefix of lab/machine.sh, and shows its log and its exit code.
 #
 #   lab/installation.sh unattended CONFIGURATION_FILE
-#   lab/installation.sh window LANGUAGE ONENOTE FOLDER
+#   lab/installation.sh window LANGUAGE ONENOTE MACHINE FOLDER
 #
 # The one with a window goes through every state: the search for OneNote, the elevated installer fails, the user
 # retries, it succeeds, the user starts OneNote. It saves a screenshot of each state in the folder, which is emptied
@@ -12,6 +12,9 @@
 #   stubborn  the same, but it ignores the request and is terminated, which takes a minute
 #   absent    it is not on the machine, so there is nothing to see of the search; at the end it can't be started
 #
+# MACHINE is what the registry says of Office otherwise, a description in lab/office: on a machine with a 32-bit OneNote
+# the user is asked first, and goes on.
+#
 # Needs a display and the built programs. Ends with the installer's exit code. What runs in the prefix is stopped before
 # and after.
 set -euo pipefail
@@ -20,6 +23,7 @@ cd -- "$(dirname "${BASH_SOURCE[0]}")/.." >/dev/null
 
 installer=out/release/VellumkitInstaller.x64.exe
 onenote=out/release/lab/onenote.exe
+office=out/release/lab/office.exe
 screenshots=()
 pace=1 # seconds for a person to look at a state
 
@@ -124,7 +128,7 @@ install_unattended() { # CONFIGURATION_FILE
 }
 
 # OneNote takes its time to answer, so that the search lasts long enough for a picture.
-provide_onenote() { # ONENOTE
+provide_onenote() { # ONENOTE MACHINE
     local closing=obey
     [ "$1" != stubborn ] || closing=ignore
     cat >"$temporary/lab.ini" <<TEXT
@@ -138,37 +142,48 @@ Call=Item
 Trouble=wait
 Milliseconds=5000
 TEXT
-    if [ "$1" = absent ]; then
-        in_wine "$onenote" /unregister
-        return
-    fi
+    in_wine "$onenote" /unregister
+    in_wine "$office" "lab/office/$2.ini"
+    [ "$1" != absent ] || return 0
     in_wine "$onenote" /register
     lab/machine.sh wine "$onenote" &
     await "OneNote" has_window onenote.exe
 }
 
-install_with_window() { # LANGUAGE ONENOTE FOLDER
+# shellcheck disable=SC2317 # called by await
+has_begun_or_asks() {
+    has_logged "Begin processing" || xdotool search --onlyvisible --name '^Vellumkit Installer$' >/dev/null 2>&1
+}
+
+answer_question() { # FILE
+    save_screenshot "$1"
+    press Tab space # from the first command link to the second one: continue
+}
+
+install_with_window() { # LANGUAGE ONENOTE MACHINE FOLDER
     local program exit_code=0
-    rm -rf "$3"
-    mkdir -p "$3"
+    rm -rf "$4"
+    mkdir -p "$4"
     in_wine reg add 'HKCU\Software\Microsoft\Office\16.0\Common\LanguageResources' /v UILanguage /t REG_DWORD \
         /d "${office_languages[$1]}" /f >/dev/null
-    provide_onenote "$2"
+    provide_onenote "$2" "$3"
 
     lab/machine.sh wine "$installer" &
     program=$!
+    await "the installation or a question" has_begun_or_asks
+    has_logged "Begin processing" || answer_question "$4/question.png"
     if [ "$2" != absent ]; then
         await "the search for OneNote" has_logged "Found process 'onenote.exe'"
-        save_screenshot "$3/checking.png"
+        save_screenshot "$4/checking.png"
     fi
     await "the installation" has_logged "State: Installing"
-    save_screenshot "$3/installing.png"
+    save_screenshot "$4/installing.png"
     await "the failure" has_logged "ERROR: Installer reported failure"
-    save_screenshot "$3/failed.png"
+    save_screenshot "$4/failed.png"
     set_payload 0
     press space # the focus is on Retry
     await "the success" has_logged "State: Complete"
-    save_screenshot "$3/completed.png"
+    save_screenshot "$4/completed.png"
     [ "$2" != stubborn ] || forget_terminated_onenote
     press space # the focus is on Start OneNote
     wait "$program" || exit_code=$?
@@ -177,7 +192,7 @@ install_with_window() { # LANGUAGE ONENOTE FOLDER
     else
         await "the start" has_logged "Started OneNote"
         await "OneNote in front" has_focus onenote.exe
-        save_desktop "$3/started.png"
+        save_desktop "$4/started.png"
     fi
 
     show_result "$exit_code"
@@ -194,6 +209,6 @@ trap 'rm -f "$temporary/lab.ini"; lab/machine.sh stop' EXIT
 
 case ${1:-} in
 unattended) install_unattended "$2" ;;
-window) install_with_window "$2" "$3" "$4" ;;
+window) install_with_window "${@:2}" ;;
 *) fail "unattended or window?" ;;
 esac

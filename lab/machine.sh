@@ -9,7 +9,8 @@
 #
 # The prefix is the one that VELLUMKIT_PREFIX names (default: "lab"). VELLUMKIT_DPI is the resolution of its screen
 # (default: 96), and VELLUMKIT_FONT the font that stands in for "Segoe UI", which only Windows has; with an empty one
-# there is none. A prefix that has other settings is made anew, and what runs in it is ended.
+# there is none. A prefix that has other settings is made anew, and what runs in it is ended. VELLUMKIT_LOCALE is the
+# user's locale in Windows, as Debian names it (fr_CA; default: en_US). It is the one of all that run in the prefix.
 #
 # Everything it makes lies in out/, but for the packages and what runs in /tmp while it runs.
 set -euo pipefail
@@ -36,6 +37,7 @@ packages=(
     xdotool                      # the user of ./run.sh
     imagemagick                  # screenshots, contact sheets (lettered in Open Sans), comparison of pictures
     librsvg2-bin icoutils        # rsvg-convert and icotool, which render the artwork
+    locales                      # localedef, and from what it makes the locale of another country
 )
 
 fail() {
@@ -160,11 +162,23 @@ provide_prefix() ( # NAME
     is_made "$1" "$settings" || make_prefix "$1" "$settings" 9>&-
 )
 
+# Windows' locale is the one that Wine is started in.
+provide_locale() { # NAME
+    [ -e "$prefixes/locales/$1.UTF-8" ] || {
+        mkdir -p "$prefixes/locales"
+        localedef --inputfile="$1" --charmap=UTF-8 "$prefixes/locales/$1.UTF-8" || fail "there is no locale $1"
+    }
+}
+
 run_wine() {
-    local prefix=${VELLUMKIT_PREFIX:-lab}
+    local prefix=${VELLUMKIT_PREFIX:-lab} locale=()
     provide_prefix "$prefix"
+    if [ -n "${VELLUMKIT_LOCALE:-}" ]; then
+        provide_locale "$VELLUMKIT_LOCALE"
+        locale=(LOCPATH="$prefixes/locales" LC_ALL="$VELLUMKIT_LOCALE.UTF-8")
+    fi
     enter_prefix "$prefix"
-    exec wine "$@"
+    exec env "${locale[@]}" wine "$@"
 }
 
 stop_wine() {

@@ -20,13 +20,22 @@ struct LanguageCase {
     const wchar_t* code;
 };
 
-class LanguageOfTheWindow : public WindowedMachine, public testing::WithParamInterface<LanguageCase> {
+class Language : public WindowedMachine, public testing::WithParamInterface<LanguageCase> {
 protected:
     void SetUp() override {
         WindowedMachine::SetUp();
         RegDeleteTreeW(HKEY_CURRENT_USER, OfficeLanguages);
         for (const OfficeLanguage& office : GetParam().offices)
             Set(office);
+    }
+
+    void ExpectWindowInItsLanguage() const {
+        LoadLocalizedStrings(GetParam().code);
+        const Program program = Start(L"");
+        const InstallerScreen screen(program);
+        screen.Await(ScreenStatus::Completed);
+        EXPECT_EQ(CaptionOf(screen.Primary()), GetLocalizedString(StrClose));
+        EXPECT_EQ(CaptionOf(screen.Secondary()), GetLocalizedString(StrStartOneNote));
     }
 
 private:
@@ -39,6 +48,13 @@ private:
             SetValue(key.c_str(), L"UIFallback", REG_MULTI_SZ, Bytes(office.fallback + std::wstring(2, L'\0')));
     }
 };
+
+using LanguageOfTheWindow = Language;
+
+/// On a machine whose Windows has the locale fr-CA.
+using LanguageOnAFrenchWindows = Language;
+
+const auto NameOf = [](const auto& item) { return item.param.name; };
 
 } // namespace
 
@@ -61,13 +77,18 @@ INSTANTIATE_TEST_SUITE_P(
                     LanguageCase{"Turkish", {{L"16.0", 1055}}, L"tr"},
                     LanguageCase{"Macedonian", {{L"16.0", 1071}}, L"mk"},
                     LanguageCase{"EnglishForPortugueseOfPortugal", {{L"16.0", 2070, L"1033"}}, L"en"}),
-    [](const auto& item) { return item.param.name; });
+    NameOf);
 
 TEST_P(LanguageOfTheWindow, IsThatOfTheSettings) {
-    LoadLocalizedStrings(GetParam().code);
-    const Program program = Start(L"");
-    const InstallerScreen screen(program);
-    screen.Await(ScreenStatus::Completed);
-    EXPECT_EQ(CaptionOf(screen.Primary()), GetLocalizedString(StrClose));
-    EXPECT_EQ(CaptionOf(screen.Secondary()), GetLocalizedString(StrStartOneNote));
+    ExpectWindowInItsLanguage();
+}
+
+INSTANTIATE_TEST_SUITE_P(, LanguageOnAFrenchWindows,
+                         testing::Values(LanguageCase{"FrenchWithoutOffice", {}, L"fr"},
+                                         LanguageCase{"FrenchWhenOfficesIsNotSupported", {{L"16.0", 1058}}, L"fr"},
+                                         LanguageCase{"ThatOfOffice", {{L"14.0", 1031}}, L"de"}),
+                         NameOf);
+
+TEST_P(LanguageOnAFrenchWindows, IsThatOfTheSettings) {
+    ExpectWindowInItsLanguage();
 }
