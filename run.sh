@@ -23,7 +23,7 @@ mouse and keyboard alone meanwhile.
                    and it can't be started at the end
   --machine NAME   what the registry says of OneNote and Office on the machine, which has no OneNote running; on some
                    of these the installer asks first whether to go on, and is told to; one of
-$(machines | fold -s -w 96 | sed 's/^/                   /')
+$(machines | fold -s -w 96 | sed 's/^/                   /; s/ *$//')
   --config FILE    installs without a window instead, with this configuration file for the elevated installer;
                    lab/sample.ini explains what its stand-in reads from there
   gallery          makes pictures of every screen in every language instead
@@ -66,12 +66,15 @@ if [ -v config ]; then
 fi
 [ "$mode" = window ] || [ "$settings" = 0 ] ||
     misuse "--language, --dpi, --onenote and --machine are for the installation with a window"
-[ ! -v onenote ] || [ ! -v machine ] || misuse "--onenote has a registration of its own, so --machine can't give one"
-onenote=${onenote-${machine+absent}} onenote=${onenote:-running}
+if [ -v machine ]; then
+    [ ! -v onenote ] || misuse "--machine and --onenote both say what OneNote is"
+    [[ $machine =~ ^[a-z0-9-]+$ && -f $here/lab/office/$machine.ini ]] || misuse "unknown machine '$machine'"
+    onenote=absent
+fi
+: "${onenote=running}"
 [[ $language =~ ^[A-Za-z-]+$ && -v office_languages[$language] ]] || misuse "unknown language '$language'"
 [[ $dpi =~ ^[1-9][0-9]{1,2}$ && $dpi -ge 72 && $dpi -le 288 ]] || misuse "--dpi takes a number from 72 to 288"
 [[ $onenote =~ ^(running|stubborn|absent)$ ]] || misuse "--onenote takes running, stubborn or absent"
-[ ! -v machine ] || [ -f "$here/lab/office/$machine.ini" ] || misuse "unknown machine '$machine'"
 if [ "$mode" = unattended ]; then
     [[ -f $config && -r $config ]] || fail "cannot read $config"
     config=$(realpath -- "$config")

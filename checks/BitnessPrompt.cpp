@@ -3,6 +3,8 @@
 #include "app/ProcessState.h"
 #include "core/Product.h"
 
+#include <windows.h>
+
 #include <comdef.h>
 #include <commctrl.h>
 #include <shellapi.h>
@@ -11,14 +13,15 @@
 
 namespace {
 
-// "&" right behind the path, on purpose: the web site knows the address in this form.
+// No "?" behind the path, on purpose.
 constexpr wchar_t DownloadAddress[] =
     L"https://" VELLUMKIT_WEB_HOST "/downloadFile&fv=" VELLUMKIT_VERSION_TEXT "&file=VellumkitInstaller.x86.exe";
 constexpr wchar_t HelpAddress[] = L"https://" VELLUMKIT_WEB_HOST "/how-to/find-office-bitness";
 
 enum Button { ButtonDownload32 = 100, ButtonContinue64 = 101, ButtonHowToFind = 102 };
 
-/// Returns the button that was pressed, or what else closed the dialog.
+/// Returns the button that was pressed, or what else closed the dialog. Its texts are English in every language, and
+/// the instruction ends in a blank, on purpose.
 int ShowPrompt() {
     constexpr std::array Buttons{
         TASKDIALOG_BUTTON{ButtonDownload32, L"Download 32-bit Vellumkit"},
@@ -27,7 +30,7 @@ int ShowPrompt() {
     };
     TASKDIALOGCONFIG config{};
     config.cbSize = sizeof config;
-    config.hwndParent = MainWindow;
+    config.hwndParent = MainWindow; // not there yet
     config.hInstance = InstanceHandle;
     config.dwFlags = TDF_ENABLE_HYPERLINKS | TDF_USE_COMMAND_LINKS; // no text has a link: kept on purpose
     config.pszWindowTitle = L"Vellumkit Installer";

@@ -3,6 +3,7 @@
 #include "checks/RegistryReport.h"
 
 #include <array>
+#include <span>
 
 namespace {
 
@@ -34,7 +35,7 @@ constexpr std::array InterfaceValues{
 void ReportProgId(const std::wstring& progId, const std::vector<std::wstring>& versions) {
     std::vector<RegistryEntry> entries;
     AddEntries(entries, progId, ProgIdValues);
-    for (const std::wstring& version : versions) // which has no newer one of its own
+    for (const std::wstring& version : versions) // without CurVer, which only the name without a version has
         AddEntries(entries, std::wstring(progId).append(L".").append(version), std::span(ProgIdValues).first(2));
     WriteRegistryReport(L"ProgId for " + progId, entries);
 }
@@ -46,9 +47,10 @@ void ReportClsid(const std::wstring& name, const std::wstring& clsid) {
 std::wstring ReportInterface(const std::wstring& name, const std::wstring& iid) {
     std::vector<RegistryEntry> entries = EntriesOfBothViews(L"Interface\\" + iid, InterfaceValues);
     WriteRegistryReport(L"IID for " + name, entries);
-    for (const std::size_t version : {InterfaceValues.size() - 1, entries.size() - 1}) {
-        if (entries[version].Read())
-            return entries[version].stringData.substr(0, entries[version].stringData.find(L'\0'));
+    for (const std::size_t lastOfView : {InterfaceValues.size() - 1, entries.size() - 1}) {
+        RegistryEntry& version = entries[lastOfView];
+        if (version.Read())
+            return version.stringData.substr(0, version.stringData.find(L'\0'));
     }
     return {};
 }

@@ -15,6 +15,6 @@ void ReportProgId(const std::wstring& progId, const std::vector<std::wstring>& v
 void ReportClsid(const std::wstring& name, const std::wstring& clsid);
 
 /// An interface; `name` stands in the title only. Returns the version of the type library that it names ("1.1"),
-/// natively or else in the 32-bit view, up to the first NUL; empty when neither view has one. A version of a type other
-/// than a string counts as empty.
+/// natively or else in the 32-bit view, up to the first NUL; empty when neither view has one. A number counts as an
+/// empty version; what is neither string nor number counts as missing.
 std::wstring ReportInterface(const std::wstring& name, const std::wstring& iid);

@@ -3,6 +3,7 @@
 #include "core/RegistryEntry.h"
 
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -11,7 +12,7 @@
 /// thread.
 void WriteRegistryReport(std::wstring_view title, std::vector<RegistryEntry> entries);
 
-/// A value of what is registered under some key.
+/// One value of a registration, relative to the registration's key.
 struct RegisteredValue {
     /// Below that key, with a leading backslash, or empty.
     const wchar_t* subkey;
@@ -19,8 +20,10 @@ struct RegisteredValue {
     const wchar_t* valueName;
 };
 
+// Neither of these reads anything; they fail only without memory. Any thread.
+
 /// Adds the values of a registration under `key` of HKEY_CLASSES_ROOT, in order.
 void AddEntries(std::vector<RegistryEntry>& entries, const std::wstring& key, std::span<const RegisteredValue> values);
 
-/// The values of a registration: first all of the native view, then all of the 32-bit one.
+/// The values of a registration under `key` of HKEY_CLASSES_ROOT, then the same ones under its "Wow6432Node\".
 std::vector<RegistryEntry> EntriesOfBothViews(const std::wstring& key, std::span<const RegisteredValue> values);

@@ -6,6 +6,7 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 
 namespace {
 
@@ -15,6 +16,9 @@ constexpr std::array LibraryValues{
     RegisteredValue{L"\\0\\Win32", nullptr}, RegisteredValue{L"\\0\\Win64", nullptr},
     RegisteredValue{L"\\FLAGS", nullptr},
 };
+// Where the paths stand in the table.
+constexpr std::size_t Win32 = 2;
+constexpr std::size_t Win64 = 3;
 
 /// The files that are registered for a library, for programs of either kind, in both views of the registry. As the
 /// registry has them: mostly with a NUL at the end. Empty when missing.
@@ -30,13 +34,18 @@ std::wstring ReadPath(RegistryEntry entry) {
 }
 
 TypeLibFileList ReadFileList(const std::vector<RegistryEntry>& entries) {
-    return {ReadPath(entries[2]), ReadPath(entries[3]), ReadPath(entries[7]), ReadPath(entries[8])};
+    constexpr std::size_t Wow64 = LibraryValues.size();
+    return {.win32Native = ReadPath(entries[Win32]),
+            .win64Native = ReadPath(entries[Win64]),
+            .win32Wow64 = ReadPath(entries[Wow64 + Win32]),
+            .win64Wow64 = ReadPath(entries[Wow64 + Win64])};
 }
 
 void CheckFile(std::wstring path) {
     if (path.size() < 5)
         return;
-    // "\3" and a NUL: the library is the third one in the file. Any other index stays, on purpose, and is not found.
+    // "\3" and a NUL: the library is the resource 3 of the file. Any other number stays, on purpose, and so does a "\3"
+    // without its NUL; the file is not found then.
     const std::size_t index = path.size() - 3;
     if (path.compare(index, 2, L"\\3") == 0)
         path.resize(index);

@@ -47,7 +47,8 @@ bool OfficeUiLanguage(int version, std::wstring& code) {
     if (!ReadLanguageSetting(version, L"UIFallback", REG_MULTI_SZ, setting))
         return false;
     const std::vector<std::wstring> pieces = SplitText(setting.stringData, L";");
-    // A number ends at the first NUL, on purpose: the strings behind the first one don't count.
+    // A number ends at the first NUL, on purpose: a string behind the first one doesn't count, but for its later
+    // pieces.
     return std::ranges::any_of(pieces, [&code](const std::wstring& piece) {
         return MatchLcid(static_cast<LCID>(_wtoi(piece.c_str())), code);
     });

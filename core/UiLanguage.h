@@ -14,7 +14,8 @@
 std::wstring SelectUiLanguage();
 
 /// True, with `code` set, when the Office of that major version (16, say) is set to a supported language or falls back
-/// to one. Of the fallback's strings only the first one counts, which may hold several numbers separated by ";".
+/// to one. The fallback's data is split at ";", and each piece is a number up to its first NUL. So of several strings
+/// the first one counts, and of a later one only what follows a ";" in it.
 bool OfficeUiLanguage(int version, std::wstring& code);
 
 /// True, with `code` set, when a supported code is the start of the locale's name ("de-DE"), to the letter.

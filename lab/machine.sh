@@ -162,13 +162,18 @@ provide_prefix() ( # NAME
     is_made "$1" "$settings" || make_prefix "$1" "$settings" 9>&-
 )
 
-# Windows' locale is the one that Wine is started in.
-provide_locale() { # NAME
-    [ -e "$prefixes/locales/$1.UTF-8" ] || {
-        mkdir -p "$prefixes/locales"
-        localedef --inputfile="$1" --charmap=UTF-8 "$prefixes/locales/$1.UTF-8" || fail "there is no locale $1"
-    }
-}
+# Windows' locale is the one that Wine is started in. An unfinished one does not get its name.
+provide_locale() ( # NAME
+    [[ $1 =~ ^[a-z]{2,3}_[A-Z]{2}$ ]] || fail "VELLUMKIT_LOCALE is no locale: $1"
+    exec 9>"$prefixes/lock"
+    flock 9
+    made=$prefixes/locales/$1.UTF-8
+    [ ! -e "$made" ] || exit 0
+    rm -rf "$made.new"
+    mkdir -p "$prefixes/locales"
+    localedef --inputfile="$1" --charmap=UTF-8 "$made.new" || fail "cannot make the locale $1"
+    mv "$made.new" "$made"
+)
 
 run_wine() {
     local prefix=${VELLUMKIT_PREFIX:-lab} locale=()

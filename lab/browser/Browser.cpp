@@ -1,5 +1,5 @@
 // Stands in for the user's web browser: adds a line with its parameters, as they are, to browser.log in the temporary
-// folder. The exit code is 0.
+// folder, in UTF-8. The exit code is 0.
 
 #include "core/TempPath.h"
 
@@ -7,8 +7,11 @@
 
 #include <filesystem>
 #include <fstream>
+#include <string>
 
 int WINAPI wWinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, wchar_t* commandLine, int /*show*/) {
-    std::wofstream(std::filesystem::path(TempPath(L"browser.log")), std::ios::app) << commandLine << L'\n';
+    const std::u8string line = std::filesystem::path(std::wstring(commandLine) + L'\n').u8string();
+    std::ofstream file(std::filesystem::path(TempPath(L"browser.log")), std::ios::app | std::ios::binary);
+    file.write(reinterpret_cast<const char*>(line.data()), static_cast<std::streamsize>(line.size()));
     return 0;
 }

@@ -12,7 +12,9 @@
 //     (dword) NUMBER        REG_DWORD
 //     (binary) TEXT         REG_BINARY, the bytes of a string
 //
-// The exit code is 0, or the HRESULT of what failed.
+// "CLSID" and "Interface" are other keys for 32-bit programs, below "Wow6432Node"; "TypeLib" is the same key for both.
+//
+// The exit code is 0, or the HRESULT of what failed: E_INVALIDARG for a file that can't be read so.
 
 #include "core/ComError.h"
 #include "core/Unique.h"
@@ -79,8 +81,16 @@ Value ParseValue(std::wstring_view text) {
     return value;
 }
 
+DWORD ParseNumber(const std::wstring& text) {
+    wchar_t* end = nullptr;
+    const DWORD number = std::wcstoul(text.c_str(), &end, 10);
+    if (text.empty() || *end != L'\0')
+        throw _com_error(E_INVALIDARG);
+    return number;
+}
+
 void WriteValue(HKEY key, const std::wstring& name, const Value& value) {
-    const DWORD number = value.type == REG_DWORD ? std::stoul(value.text) : 0;
+    const DWORD number = value.type == REG_DWORD ? ParseNumber(value.text) : 0;
     const std::wstring guarded = value.text + L'.'; // Windows would add a NUL that it finds right behind a string
     const void* data = guarded.data();
     std::size_t size = value.text.size() * sizeof(wchar_t);
@@ -96,7 +106,9 @@ void WriteValue(HKEY key, const std::wstring& name, const Value& value) {
 template <typename Read>
 std::vector<std::wstring> ReadList(Read read) {
     std::vector<wchar_t> buffer(32768);
-    read(buffer.data(), static_cast<DWORD>(buffer.size()));
+    const auto size = static_cast<DWORD>(buffer.size());
+    if (read(buffer.data(), size) == size - 2) // cut off
+        throw _com_error(E_INVALIDARG);
     std::vector<std::wstring> list;
     for (const wchar_t* text = buffer.data(); *text != L'\0'; text += list.back().size() + 1)
         list.emplace_back(text);
@@ -112,6 +124,8 @@ void WriteKey(const std::wstring& subkey, const std::wstring& file) {
     });
     for (const std::wstring& line : lines) {
         const std::size_t equals = line.find(L'=');
+        if (equals == std::wstring::npos)
+            throw _com_error(E_INVALIDARG);
         WriteValue(key.Get(), line.substr(0, equals), ParseValue(std::wstring_view(line).substr(equals + 1)));
     }
 }

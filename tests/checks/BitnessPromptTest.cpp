@@ -21,7 +21,12 @@ protected:
         Shown.clear();
         Opened.clear();
         Result = S_OK;
-        InstanceHandle = GetModuleHandleW(nullptr);
+        InstanceHandle = GetModuleHandleW(L"kernel32.dll"); // not the program's own
+        MainWindow = GetDesktopWindow();
+    }
+    ~BitnessPrompt() override {
+        InstanceHandle = nullptr;
+        MainWindow = nullptr;
     }
 
     static inline std::vector<int> Answers;
@@ -84,7 +89,8 @@ TEST_F(BitnessPrompt, HasAnInstructionAndThreeCommandLinks) {
     // Every other field.
     TASKDIALOGCONFIG expected{};
     expected.cbSize = sizeof expected;
-    expected.hInstance = GetModuleHandleW(nullptr);
+    expected.hwndParent = GetDesktopWindow();
+    expected.hInstance = GetModuleHandleW(L"kernel32.dll");
     expected.dwFlags = 0x11;
     expected.pszWindowTitle = config.pszWindowTitle;
     expected.pszMainIcon = MAKEINTRESOURCEW(100);
@@ -107,6 +113,12 @@ TEST_F(BitnessPrompt, GoesOnWithThe64BitInstallation) {
     EXPECT_TRUE(Opened.empty());
 }
 
+TEST_F(BitnessPrompt, GoesByTheAnswerAfterAnySuccess) {
+    Result = S_FALSE;
+    Answers = {100};
+    EXPECT_FALSE(ConfirmBitness());
+}
+
 TEST_F(BitnessPrompt, GoesOnWhenItIsClosedOtherwise) {
     for (const int answer : {0, IDCANCEL, IDCLOSE, 103}) {
         Answers.push_back(answer);
@@ -115,7 +127,7 @@ TEST_F(BitnessPrompt, GoesOnWhenItIsClosedOtherwise) {
     EXPECT_TRUE(Opened.empty());
 }
 
-TEST_F(BitnessPrompt, ComesBackAsItWasAfterEachHelpPage) {
+TEST_F(BitnessPrompt, ComesBackWithTheSameDefaultAfterEachHelpPage) {
     Answers = {102, 102, 102, 101};
     EXPECT_TRUE(ConfirmBitness());
     EXPECT_EQ(Opened, (std::vector{Help, Help, Help}));

@@ -46,12 +46,12 @@ const auto NameOf = [](const auto& item) { return item.param.name; };
 } // namespace
 
 TEST_F(ComRegistrationReport, ShowsAProgIdAndItsVersionsInTheOrderGiven) {
-    Register(L"Some.Program", nullptr, L"a");
-    Register(L"Some.Program\\CLSID", nullptr, L"b");
-    Register(L"Some.Program\\CurVer", nullptr, L"c");
-    Register(L"Some.Program.15", nullptr, L"d");
-    Register(L"Some.Program.15\\CLSID", nullptr, L"e");
-    Register(L"Wow6432Node\\Some.Program.14", nullptr, L"not looked at");
+    RegisterText(L"Some.Program", nullptr, L"a");
+    RegisterText(L"Some.Program\\CLSID", nullptr, L"b");
+    RegisterText(L"Some.Program\\CurVer", nullptr, L"c");
+    RegisterText(L"Some.Program.15", nullptr, L"d");
+    RegisterText(L"Some.Program.15\\CLSID", nullptr, L"e");
+    RegisterText(L"Wow6432Node\\Some.Program.14", nullptr, L"not looked at");
     ReportProgId(L"Some.Program", {L"15", L"14"});
     EXPECT_EQ(Logged(), (Entries{
                             L"ProgId for Some.Program",
@@ -80,12 +80,12 @@ TEST_F(ComRegistrationReport, OfAProgIdWithoutVersionsHasThreeEntries) {
 TEST_F(ComRegistrationReport, ShowsAClassInBothViews) {
     for (const std::wstring view : {L"", L"Wow6432Node\\"}) {
         const std::wstring key = view + L"CLSID\\{C}";
-        Register(key, nullptr, view + L"a");
-        Register(key + L"\\InprocServer32", nullptr, view + L"b");
-        Register(key + L"\\InprocServer32", L"ThreadingModel", view + L"c");
-        Register(key + L"\\LocalServer32", nullptr, view + L"d");
-        Register(key + L"\\ProgID", nullptr, view + L"e");
-        Register(key + L"\\TypeLib", nullptr, view + L"f");
+        RegisterText(key, nullptr, view + L"a");
+        RegisterText(key + L"\\InprocServer32", nullptr, view + L"b");
+        RegisterText(key + L"\\InprocServer32", L"ThreadingModel", view + L"c");
+        RegisterText(key + L"\\LocalServer32", nullptr, view + L"d");
+        RegisterText(key + L"\\ProgID", nullptr, view + L"e");
+        RegisterText(key + L"\\TypeLib", nullptr, view + L"f");
     }
     ReportClsid(L"Some.Class", L"{C}");
     EXPECT_EQ(Logged(),
@@ -110,11 +110,11 @@ TEST_F(ComRegistrationReport, ShowsAClassInBothViews) {
 TEST_F(ComRegistrationReport, ShowsAnInterfaceInBothViews) {
     for (const std::wstring view : {L"", L"Wow6432Node\\"}) {
         const std::wstring key = view + L"Interface\\{I}";
-        Register(key, nullptr, view + L"a");
-        Register(key + L"\\ProxyStubClsid", nullptr, view + L"b");
-        Register(key + L"\\ProxyStubClsid32", nullptr, view + L"c");
-        Register(key + L"\\TypeLib", nullptr, view + L"d");
-        Register(key + L"\\TypeLib", L"Version", view + L"e");
+        RegisterText(key, nullptr, view + L"a");
+        RegisterText(key + L"\\ProxyStubClsid", nullptr, view + L"b");
+        RegisterText(key + L"\\ProxyStubClsid32", nullptr, view + L"c");
+        RegisterText(key + L"\\TypeLib", nullptr, view + L"d");
+        RegisterText(key + L"\\TypeLib", L"Version", view + L"e");
     }
     EXPECT_EQ(ReportInterface(L"ISome", L"{I}"), L"e");
     EXPECT_EQ(Logged(), (Entries{
@@ -153,7 +153,7 @@ TEST_F(ComRegistrationReport, OfWhatIsNotRegisteredSaysNotFoundInEveryEntryAndCr
 }
 
 TEST_F(ComRegistrationReport, SaysNotFoundOfWhatItMayNotRead) {
-    Register(L"Interface\\{I}\\TypeLib", L"Version", L"1.1");
+    RegisterText(L"Interface\\{I}\\TypeLib", L"Version", L"1.1");
     const ImportPatch<decltype(RegOpenKeyExW)> denied("RegOpenKeyExW", [](HKEY, LPCWSTR, DWORD, REGSAM access, PHKEY) {
         EXPECT_EQ(access, static_cast<REGSAM>(KEY_QUERY_VALUE));
         return LSTATUS{ERROR_ACCESS_DENIED};
@@ -182,8 +182,8 @@ INSTANTIATE_TEST_SUITE_P(
     NameOf);
 
 TEST_P(InterfaceVersion, IsReturned) {
-    Register(L"Interface\\{I}\\TypeLib", nullptr, L"{L}");
-    Register(L"Wow6432Node\\Interface\\{I}\\TypeLib", nullptr, L"{L}");
+    RegisterText(L"Interface\\{I}\\TypeLib", nullptr, L"{L}");
+    RegisterText(L"Wow6432Node\\Interface\\{I}\\TypeLib", nullptr, L"{L}");
     SetVersion(L"Interface\\{I}\\TypeLib", GetParam().native);
     SetVersion(L"Wow6432Node\\Interface\\{I}\\TypeLib", GetParam().wow64);
     EXPECT_EQ(ReportInterface(L"ISome", L"{I}"), GetParam().result);

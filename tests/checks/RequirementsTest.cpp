@@ -6,6 +6,7 @@
 #include "tests/support/Registry.h"
 
 #include <commctrl.h>
+#include <shellapi.h>
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -18,18 +19,19 @@ protected:
     Requirements() {
         Dialogs = 0;
         DialogResult = S_OK;
-        CommandLineText.clear();
-        UnattendedMode = false;
     }
-    ~Requirements() override { UnattendedMode = false; }
+    ~Requirements() override {
+        UnattendedMode = false;
+        CommandLineText.clear();
+    }
 
     static void RegisterOneNote(const wchar_t* file) {
-        Register(L"Interface\\{452AC71A-B655-4967-A208-A4CC39DD7949}\\TypeLib", L"Version", L"1.1");
-        Register(L"TypeLib\\{0EA692EE-BB50-4E3C-AEF0-356D91732725}\\1.1\\0\\Win32", nullptr, file);
+        RegisterText(L"Interface\\{452AC71A-B655-4967-A208-A4CC39DD7949}\\TypeLib", L"Version", L"1.1");
+        RegisterText(L"TypeLib\\{0EA692EE-BB50-4E3C-AEF0-356D91732725}\\1.1\\0\\Win32", nullptr, file);
     }
     static void RegisterOffice(const wchar_t* file) {
-        Register(L"Interface\\{000C0396-0000-0000-C000-000000000046}\\TypeLib", L"Version", L"2.7");
-        Register(L"TypeLib\\{2DF8D04C-5BFA-101B-BDE5-00AA0044DE52}\\2.7\\0\\Win32", nullptr, file);
+        RegisterText(L"Interface\\{000C0396-0000-0000-C000-000000000046}\\TypeLib", L"Version", L"2.7");
+        RegisterText(L"TypeLib\\{2DF8D04C-5BFA-101B-BDE5-00AA0044DE52}\\2.7\\0\\Win32", nullptr, file);
     }
 
     static inline int Dialogs;
@@ -140,8 +142,8 @@ TEST_F(Requirements, AreMetWhenNeitherIsRegisteredFor32BitOnly) {
 }
 
 TEST_F(Requirements, IgnoreTheAddinInterfacesLibrary) {
-    Register(L"Interface\\{B65AD801-ABAF-11D0-BB8B-00A0C90F2744}\\TypeLib", L"Version", L"1.0");
-    Register(L"TypeLib\\{AC0714F2-3D04-11D1-AE7D-00A0C90F26F4}\\1.0\\0\\Win32", nullptr, X86File);
+    RegisterText(L"Interface\\{B65AD801-ABAF-11D0-BB8B-00A0C90F2744}\\TypeLib", L"Version", L"1.0");
+    RegisterText(L"TypeLib\\{AC0714F2-3D04-11D1-AE7D-00A0C90F26F4}\\1.0\\0\\Win32", nullptr, X86File);
     EXPECT_TRUE(CheckRequirements());
     EXPECT_EQ(Dialogs, 0);
     EXPECT_EQ(std::ranges::count(Logged(), L"Checking bitness for this type library"), 0);

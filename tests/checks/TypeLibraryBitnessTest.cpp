@@ -6,8 +6,10 @@
 #include "tests/support/TestFolder.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 
 namespace {
 
@@ -78,26 +80,39 @@ struct Spelling {
 
 class PathSpelling : public TypeLibraryBitness, public testing::WithParamInterface<Spelling> {};
 
-/// A path as it is stored, and the entry about the file; "(file)" stands for a file that exists. No entry: null.
+/// A path as it is stored, and the entry about the file, empty for none; "(file)" stands for a file that exists.
 struct RegisteredPath {
     const char* name;
     std::wstring path;
     std::wstring entry;
 };
 
-class FileCheck : public TypeLibraryBitness, public testing::WithParamInterface<RegisteredPath> {
+/// With the file of a library.
+class TypeLibraryFile : public TypeLibraryBitness {
 protected:
-    FileCheck() { std::ofstream(std::filesystem::path(file_)) << "x"; }
+    TypeLibraryFile() { std::ofstream(std::filesystem::path(File)) << "x"; }
 
-    std::wstring WithFile(std::wstring text) const {
-        if (const std::size_t place = text.find(L"(file)"); place != std::wstring::npos)
-            text.replace(place, 6, file_);
-        return text;
+    void RegisterFile() const { RegisterText(L"TypeLib\\{L}\\1.1\\0\\Win32", nullptr, File); }
+
+    UniqueHandle OpenAlone() const {
+        return UniqueHandle(
+            CreateFileW(File.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     }
 
 private:
     const TestFolder folder_;
-    const std::wstring file_ = (folder_.Path() / "library.dll").wstring();
+
+protected:
+    const std::wstring File = (folder_.Path() / "x86.dll").wstring();
+};
+
+class FileCheck : public TypeLibraryFile, public testing::WithParamInterface<RegisteredPath> {
+protected:
+    std::wstring WithFile(std::wstring text) const {
+        if (const std::size_t place = text.find(L"(file)"); place != std::wstring::npos)
+            text.replace(place, 6, File);
+        return text;
+    }
 };
 
 const auto NameOf = [](const auto& item) { return item.param.name; };
@@ -119,11 +134,11 @@ TEST_F(TypeLibraryBitness, ShowsABlockForEachVersionInTheOrderGiven) {
 TEST_F(TypeLibraryBitness, ShowsTheRegistrationTheFilesAndTheVerdictOfTheWantedVersion) {
     for (const std::wstring view : {L"", L"Wow6432Node\\"}) {
         const std::wstring key = view + L"TypeLib\\{L}\\1.1";
-        Register(key, nullptr, view + L"a");
-        Register(key, L"PrimaryInteropAssemblyName", view + L"b");
-        Register(key + L"\\0\\Win32", nullptr, L"C:\\none\\x86\\c.dll");
-        Register(key + L"\\0\\Win64", nullptr, L"C:\\none\\d.dll\\3");
-        Register(key + L"\\FLAGS", nullptr, view + L"e");
+        RegisterText(key, nullptr, view + L"a");
+        RegisterText(key, L"PrimaryInteropAssemblyName", view + L"b");
+        RegisterText(key + L"\\0\\Win32", nullptr, L"C:\\none\\x86\\c.dll");
+        RegisterText(key + L"\\0\\Win64", nullptr, L"C:\\none\\d.dll\\3");
+        RegisterText(key + L"\\FLAGS", nullptr, view + L"e");
     }
     EXPECT_FALSE(Check({L"1.1"}, L"1.1"));
     EXPECT_EQ(Logged(), (Entries{
@@ -184,6 +199,20 @@ TEST_F(TypeLibraryBitness, CountsWhatCannotBeReadAsMissing) {
     EXPECT_EQ(Logged()[4], L"    HKCR\\TypeLib\\{L}\\1.1\\0\\Win64\\@ - Not found");
 }
 
+TEST_F(TypeLibraryBitness, CountsDataThatCannotBeFetchedAsMissing) {
+    static auto* const Query = ImportedNow<decltype(RegQueryValueExW)>("RegQueryValueExW");
+    StorePaths({X86, L"", L"", L""});
+    Store(L"TypeLib\\{L}\\1.1\\0\\Win64", L"D:\\a.exe, which is longer than the other one\0"s);
+    const ImportPatch<decltype(RegQueryValueExW)> denied(
+        "RegQueryValueExW",
+        [](HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data, LPDWORD size) -> LSTATUS {
+            const bool fetchesTheLongOne = type == nullptr && *size > X86.size() * sizeof(wchar_t);
+            return fetchesTheLongOne ? ERROR_ACCESS_DENIED : Query(key, name, reserved, type, data, size);
+        });
+    EXPECT_TRUE(Check({L"1.1"}, L"1.1"));
+    EXPECT_EQ(Logged()[4], L"    HKCR\\TypeLib\\{L}\\1.1\\0\\Win64\\@ - Not found");
+}
+
 TEST_F(TypeLibraryBitness, TakesANumberInThePlaceOfAPathForNone) {
     StorePaths({X86, L"", L"", L""});
     SetValueOf(HKEY_CLASSES_ROOT, L"TypeLib\\{L}\\1.1\\0\\Win64", nullptr, REG_DWORD, {64, 0, 0, 0});
@@ -209,7 +238,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Verdict{"Win32EmptyButTerminatedInThe32BitView", {X86, L"", EmptyButTerminated, L""}, false}),
     NameOf);
 
-TEST_P(BitnessVerdict, IsX86WhenNothingIsRegisteredFor64Bit) {
+TEST_P(BitnessVerdict, IsX86ForX86PathsWithoutAnyFor64Bit) {
     const Verdict& item = GetParam();
     StorePaths(item.paths);
     EXPECT_EQ(Check({L"1.1"}, L"1.1"), item.only32Bit);
@@ -217,7 +246,7 @@ TEST_P(BitnessVerdict, IsX86WhenNothingIsRegisteredFor64Bit) {
         return path.find(L"x86") != std::wstring::npos ? L"x86 " : L"x64 ";
     };
     const Entries log = Logged();
-    ASSERT_GE(log.size(), 7U);
+    ASSERT_GE(log.size(), 8U);
     EXPECT_EQ(Entries(log.end() - 8, log.end()),
               (Entries{
                   L"",
@@ -242,7 +271,7 @@ INSTANTIATE_TEST_SUITE_P(
     NameOf);
 
 TEST_P(PathSpelling, IsLookedForInTheWholePath) {
-    Register(L"TypeLib\\{L}\\1.1\\0\\Win32", nullptr, GetParam().path);
+    RegisterText(L"TypeLib\\{L}\\1.1\\0\\Win32", nullptr, GetParam().path);
     EXPECT_EQ(Check({L"1.1"}, L"1.1"), GetParam().isX86);
 }
 
@@ -273,8 +302,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_P(FileCheck, SaysWhetherTheFileIsThere) {
     const Entries expected = GetParam().entry.empty() ? Entries{} : Entries{WithFile(GetParam().entry)};
-    const std::wstring path = WithFile(GetParam().path);
-    StorePaths({path, L"", L"", L""});
+    StorePaths({WithFile(GetParam().path), L"", L"", L""});
     EXPECT_FALSE(Check({L"1.1"}, L""));
     EXPECT_EQ(LoggedBehindTheBlock(), expected);
 }
@@ -287,24 +315,23 @@ TEST_F(TypeLibraryBitness, ChecksTheFilesInTheOrderOfTheirEntries) {
                        L"Error: File DOES NOT exist: C:\\none3", L"Error: File DOES NOT exist: C:\\none4"}));
 }
 
-TEST_F(TypeLibraryBitness, TakesALockedFileForMissingAndDecidesAllTheSame) {
-    const TestFolder folder;
-    const std::wstring file = (folder.Path() / "x86.dll").wstring();
-    const UniqueHandle lock(
-        CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    Register(L"TypeLib\\{L}\\1.1\\0\\Win32", nullptr, file);
+TEST_F(TypeLibraryFile, IsTakenForMissingWhenLockedAndDecidesAllTheSame) {
+    RegisterFile();
+    const UniqueHandle lock = OpenAlone();
     EXPECT_TRUE(Check({L"1.1"}, L"1.1"));
-    EXPECT_EQ(LoggedBehindTheBlock()[0], L"Error: File DOES NOT exist: " + file + L'\0');
+    EXPECT_EQ(LoggedBehindTheBlock()[0], L"Error: File DOES NOT exist: " + File + L'\0');
 }
 
-TEST_F(TypeLibraryBitness, LeavesNoFileOpen) {
-    const TestFolder folder;
-    const std::wstring file = (folder.Path() / "library.dll").wstring();
-    std::ofstream(std::filesystem::path(file)) << "x";
-    Register(L"TypeLib\\{L}\\1.1\\0\\Win32", nullptr, file);
-    EXPECT_FALSE(Check({L"1.1"}, L"1.1"));
-    EXPECT_EQ(LoggedBehindTheBlock()[0], L"File exists: " + file + L'\0');
-    const UniqueHandle alone(
-        CreateFileW(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    EXPECT_TRUE(alone) << "error " << GetLastError();
+TEST_F(TypeLibraryFile, IsThereWhenItMayOnlyBeRead) {
+    RegisterFile();
+    EXPECT_TRUE(SetFileAttributesW(File.c_str(), FILE_ATTRIBUTE_READONLY));
+    EXPECT_FALSE(Check({L"1.1"}, L""));
+    EXPECT_EQ(LoggedBehindTheBlock()[0], L"File exists: " + File + L'\0');
+}
+
+TEST_F(TypeLibraryFile, IsNotLeftOpen) {
+    RegisterFile();
+    EXPECT_FALSE(Check({L"1.1"}, L""));
+    EXPECT_EQ(LoggedBehindTheBlock()[0], L"File exists: " + File + L'\0');
+    EXPECT_TRUE(OpenAlone()) << "error " << GetLastError();
 }

@@ -214,6 +214,7 @@ INSTANTIATE_TEST_SUITE_P(
                     OfficeSettings{"SetWithAFallback", Language(1031), Fallback({L"1036"}), L"de"},
                     OfficeSettings{"NotSupportedWithAFallback", Language(2070), Fallback({L"1033"}), L"en"},
                     OfficeSettings{"SetAsText", Stored(REG_SZ, L"1031"), {}, L"no match"},
+                    OfficeSettings{"SetAsTextWhoseBytesAreALanguage", Stored(REG_SZ, L"\x0407\0"s), {}, L"no match"},
                     OfficeSettings{"SetAsTextWithAFallback", Stored(REG_SZ, L"1031"), Fallback({L"1036"}), L"fr"},
                     OfficeSettings{"SetAsBinary", Stored(REG_BINARY, L"\x0407\0"s), {}, L"no match"},
                     OfficeSettings{"FallbackOnly", {}, Fallback({L"1031"}), L"de"},

@@ -10,9 +10,8 @@
 #include "tests/support/Machine.h"
 #include "tests/support/Registry.h"
 #include "tests/support/User.h"
-#include "tests/support/Watchdog.h"
 
-#include <algorithm>
+#include <set>
 
 namespace {
 
@@ -28,8 +27,7 @@ protected:
     /// Waits for the front-end's end, and keeps what it logged.
     void Keep(const Program& frontEnd) {
         frontEnd.ExitCode();
-        const Entries log = Logged();
-        written_.insert(written_.end(), log.begin(), log.end());
+        written_.merge(ExpectDocumented(Logged()));
     }
 
     /// Every entry that is quoted in the section was in one of the logs.
@@ -39,22 +37,22 @@ protected:
             if (quote.section != section)
                 continue;
             ++quotes;
-            EXPECT_TRUE(std::ranges::any_of(written_, [&](const std::wstring& entry) { return quote.Matches(entry); }))
-                << "not written: " << testing::PrintToString(quote.text);
+            EXPECT_TRUE(written_.contains(&quote)) << "not written: " << testing::PrintToString(quote.text);
         }
         EXPECT_GT(quotes, 0);
     }
 
-    /// A front-end for which a call of kernel32.dll fails: FlushFileBuffers, of whatever is no file.
-    std::filesystem::path FrontEndWithoutSuccessIn(const std::string& function) const {
-        std::filesystem::path copy = CopyFrontEndThatCalls("FlushFileBuffers", function);
+    /// A front-end for which a call fails: of kernel32.dll FlushFileBuffers does, of whatever is no file.
+    std::filesystem::path FrontEndWithoutSuccessIn(const std::string& function,
+                                                   const std::string& replacement = "FlushFileBuffers") const {
+        std::filesystem::path copy = CopyFrontEndThatCalls(replacement, function);
         std::filesystem::path kept = copy.parent_path() / (function + ".exe");
         std::filesystem::rename(copy, kept);
         return kept;
     }
 
 private:
-    Entries written_;
+    std::set<const QuotedEntry*> written_;
 };
 
 } // namespace
@@ -81,7 +79,6 @@ TEST_F(LogDocument, ExplainsTheReport) {
 
 TEST_F(LogDocument, ExplainsTheSearchWithRealWaits) {
     Run(L"x", FrontEndWithoutSuccessIn("K32EnumProcesses"));
-    const LabOneNote oneNote(Temporary()); // not registered
     const TargetProgram datebookery;
     Run(L"x", FrontEndWithoutSuccessIn("TerminateProcess"));
     EXPECT_TRUE(datebookery.IsRunning());
@@ -98,14 +95,18 @@ TEST_F(LogDocument, ExplainsTheExtraction) {
 }
 
 TEST_F(LogDocument, ExplainsTheRepairs) {
-    // RegUnLoadKeyW takes the same arguments as RegDeleteTreeW and refuses.
+    // RegUnLoadKeyW takes a key and a subkey, as these functions do first, and refuses.
     SetDword(L"Software\\Microsoft\\Office\\16.0\\OneNote\\Resiliency\\DisabledItems", L"Item", 1);
     SetDword(L"Software\\Microsoft\\Office\\16.0\\OneNote\\Security", L"Another", 1);
-    Run(L"x", CopyFrontEndThatCalls("RegUnLoadKeyW", "RegDeleteTreeW"));
-    SetValue(InternetSettings, L"SecureProtocols", REG_SZ, Bytes(L"all of them"));
-    Run();
-    Run(); // what the run before has set is there
+    Run(L"x", FrontEndWithoutSuccessIn("RegDeleteTreeW", "RegUnLoadKeyW"));
+    for (const int type : {REG_DWORD, REG_SZ, REG_EXPAND_SZ, REG_MULTI_SZ}) {
+        for (const wchar_t* key : {InternetSettings, InternetPolicies})
+            SetValue(key, L"SecureProtocols", static_cast<DWORD>(type), {'1', 0, 0, 0});
+        Run();
+    }
+    const KeptKey settings(HKEY_CURRENT_USER, InternetSettings);
     EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, InternetSettings), ERROR_SUCCESS);
+    Run(L"x", FrontEndWithoutSuccessIn("RegCreateKeyExW", "RegUnLoadKeyW"));
     Run();
     ExpectQuotesWritten(L"The repairs");
 }

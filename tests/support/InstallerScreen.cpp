@@ -3,7 +3,7 @@
 #include "app/ProcessState.h"
 #include "tests/support/Layouts.h"
 #include "tests/support/User.h"
-#include "tests/support/Watchdog.h"
+#include "tests/support/WaitUntil.h"
 #include "ui/Painting.h"
 
 #include <array>
@@ -11,19 +11,6 @@
 #include <stdexcept>
 
 namespace {
-
-/// Waits until `condition` holds. Throws a std::runtime_error, which ends the test, when it does not within half a
-/// minute.
-template <typename Condition>
-void WaitUntil(const std::string& what, Condition condition) {
-    const Watchdog::Waiting waiting(what.c_str());
-    const ULONGLONG end = GetTickCount64() + 30000;
-    while (!condition()) {
-        if (GetTickCount64() > end)
-            throw std::runtime_error("waited in vain for " + what);
-        Sleep(20);
-    }
-}
 
 HWND AwaitButton(HWND window, const Gdiplus::Rect& area) {
     HWND button = nullptr;

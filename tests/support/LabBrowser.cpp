@@ -1,8 +1,8 @@
 #include "tests/support/LabBrowser.h"
 
 #include "tests/support/LabPrograms.h"
+#include "tests/support/WaitUntil.h"
 
-#include <array>
 #include <gtest/gtest.h>
 
 namespace {
@@ -10,27 +10,17 @@ namespace {
 constexpr wchar_t CommandKey[] = L"https\\shell\\open\\command";
 
 void SetCommand(const std::wstring& command) {
-    const auto size = static_cast<DWORD>((command.size() + 1) * sizeof(wchar_t));
-    EXPECT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, CommandKey, nullptr, REG_SZ, command.c_str(), size), ERROR_SUCCESS);
-}
-
-std::wstring Command() {
-    std::array<wchar_t, 1024> command{};
-    DWORD size = sizeof command;
-    EXPECT_EQ(
-        RegGetValueW(HKEY_CLASSES_ROOT, CommandKey, nullptr, RRF_RT_ANY | RRF_NOEXPAND, nullptr, command.data(), &size),
-        ERROR_SUCCESS);
-    return command.data();
+    RegisterText(CommandKey, nullptr, command);
 }
 
 } // namespace
 
-LabBrowser::LabBrowser(std::wstring folder) : folder_(std::move(folder)), formerCommand_(Command()) {
+LabBrowser::LabBrowser(std::wstring folder) : folder_(std::move(folder)), kept_(HKEY_CLASSES_ROOT, CommandKey) {
     SetCommand(L'"' + (LabFolder() / "browser.exe").wstring() + L"\" \"%1\"");
 }
 
-LabBrowser::~LabBrowser() {
-    SetCommand(formerCommand_);
+void LabBrowser::Unregister() {
+    KeptKey::Restore(HKEY_CLASSES_ROOT, CommandKey);
 }
 
 void LabBrowser::Break() {
@@ -38,8 +28,10 @@ void LabBrowser::Break() {
 }
 
 void LabBrowser::ExpectOpened(const Entries& addresses) const {
+    // Whoever opens an address has started the browser's process when it goes on.
+    WaitUntil("the end of the browser", [] { return ProcessesNamed(L"browser.exe").empty(); });
     Entries quoted;
     for (const std::wstring& address : addresses)
         quoted.push_back(L'"' + address + L'"');
-    ExpectLines(folder_ + L"browser.log", quoted);
+    EXPECT_EQ(ReadLines(folder_ + L"browser.log"), quoted);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/LogText.h"
+#include "tests/support/Registry.h"
 
 #include <string>
 
@@ -11,15 +12,18 @@ public:
     explicit LabBrowser(std::wstring folder);
     LabBrowser(const LabBrowser&) = delete;
     LabBrowser& operator=(const LabBrowser&) = delete;
-    ~LabBrowser();
+    ~LabBrowser() = default;
 
     /// Registers a program that does not exist instead.
     static void Break();
 
-    /// Compares the addresses that were opened, in order. The last one may come late, so this waits up to 10 seconds.
+    /// Gives https back to the user's browser, after a test program that was ended.
+    static void Unregister();
+
+    /// Waits until no browser runs, and compares the addresses that were opened, in order.
     void ExpectOpened(const Entries& addresses) const;
 
 private:
     std::wstring folder_;
-    std::wstring formerCommand_;
+    KeptKey kept_;
 };

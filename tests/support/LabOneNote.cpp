@@ -2,9 +2,8 @@
 
 #include "core/Unique.h"
 #include "tests/support/LabPrograms.h"
+#include "tests/support/Registry.h"
 #include "tests/support/Watchdog.h"
-
-#include <tlhelp32.h>
 
 #include <algorithm>
 #include <array>
@@ -25,14 +24,8 @@ std::wstring Trouble(const LabOneNote::Call& call, const wchar_t* trouble) {
 }
 
 void EndPrograms() {
-    const UniqueHandle processes(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-    PROCESSENTRY32W entry{};
-    entry.dwSize = sizeof entry;
-    for (BOOL found = Process32FirstW(processes.Get(), &entry); found;
-         found = Process32NextW(processes.Get(), &entry)) {
-        if (std::wstring(entry.szExeFile) != L"onenote.exe")
-            continue;
-        const UniqueHandle process(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, entry.th32ProcessID));
+    for (const DWORD id : ProcessesNamed(L"onenote.exe")) {
+        const UniqueHandle process(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
         TerminateProcess(process.Get(), 1);
         WaitForSingleObject(process.Get(), INFINITE);
     }
@@ -99,15 +92,11 @@ void LabOneNote::Register() {
 
 void LabOneNote::RegisterInProcess() {
     Register();
-    const std::wstring file = LabFolder() / "onenote-in-process.dll";
-    const auto size = static_cast<DWORD>((file.size() + 1) * sizeof(wchar_t));
-    const std::wstring server = std::wstring(AutomationClass) + L"\\InprocServer32";
-    EXPECT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, server.c_str(), nullptr, REG_SZ, file.c_str(), size), ERROR_SUCCESS);
+    RegisterText(std::wstring(AutomationClass) + L"\\InprocServer32", nullptr, LabFolder() / "onenote-in-process.dll");
 }
 
 void LabOneNote::Unregister() {
-    UniqueRegistryKey key;
-    if (RegOpenKeyExW(HKEY_CLASSES_ROOT, AutomationClass, 0, KEY_READ, key.Receive()) == ERROR_SUCCESS)
+    if (KeyExists(AutomationClass, HKEY_CLASSES_ROOT))
         Run(L"/unregister");
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <iterator>
 
 namespace {
 
@@ -40,6 +41,52 @@ std::vector<QuotedEntry> ReadQuotes() {
     return quotes;
 }
 
+/// The next entry may be any of those around this one.
+bool IsOneOfSeveral(const QuotedEntry& quote) {
+    const std::wstring_view text = quote.text;
+    return text.starts_with(L"    HK") || text.find(L"File ") != std::wstring_view::npos;
+}
+
+bool BeginsAGroup(const QuotedEntry& quote) {
+    constexpr std::wstring_view Beginnings[] = {L"ProgId for",
+                                                L"CLSID for",
+                                                L"IID for",
+                                                L"Type library for",
+                                                L"Begin processing",
+                                                L"Deleting",
+                                                L"Internet Security Settings"};
+    return std::ranges::any_of(Beginnings, [&quote](std::wstring_view text) { return quote.text.starts_with(text); });
+}
+
+/// Finds the entries of a log in the document, one after the other.
+class Reader {
+public:
+    /// Null when it is not there in its place.
+    const QuotedEntry* Find(const std::wstring& entry) {
+        const auto matches = [&entry](const QuotedEntry& quote) { return quote.Matches(entry); };
+        if (entry == L"Begin processing")
+            place_ = quotes_.begin();
+        while (place_ != quotes_.begin() && IsOneOfSeveral(*place_) && IsOneOfSeveral(*std::prev(place_)))
+            --place_;
+        place_ = std::find_if(place_, quotes_.end(), matches);
+        if (place_ == quotes_.end()) {
+            place_ = std::find_if(group_, quotes_.end(), [&matches](const QuotedEntry& quote) {
+                return BeginsAGroup(quote) && matches(quote);
+            });
+        }
+        if (place_ == quotes_.end())
+            return nullptr;
+        if (BeginsAGroup(*place_))
+            group_ = place_;
+        return &*place_;
+    }
+
+private:
+    const std::vector<QuotedEntry>& quotes_ = QuotedEntries();
+    std::vector<QuotedEntry>::const_iterator place_ = quotes_.begin();
+    std::vector<QuotedEntry>::const_iterator group_ = quotes_.begin();
+};
+
 } // namespace
 
 bool QuotedEntry::Matches(std::wstring_view entry) const {
@@ -51,17 +98,16 @@ const std::vector<QuotedEntry>& QuotedEntries() {
     return Quotes;
 }
 
-void ExpectDocumented(const Entries& log) {
-    const std::vector<QuotedEntry>& quotes = QuotedEntries();
-    auto section = quotes.begin(); // its first quote
+std::set<const QuotedEntry*> ExpectDocumented(const Entries& log) {
+    Reader reader;
+    std::set<const QuotedEntry*> found;
     for (const std::wstring& entry : log) {
-        const auto matches = [&entry](const QuotedEntry& quote) { return quote.Matches(entry); };
-        const auto from = entry == L"Begin processing" ? quotes.begin() : section;
-        const auto quote = std::find_if(from, quotes.end(), matches);
-        if (quote == quotes.end()) {
+        const QuotedEntry* const quote = reader.Find(entry);
+        if (quote == nullptr) {
             ADD_FAILURE() << "docs/log.md does not explain here: " << testing::PrintToString(entry);
-            return;
+            break;
         }
-        section = std::ranges::find(quotes, quote->section, &QuotedEntry::section);
+        found.insert(quote);
     }
+    return found;
 }

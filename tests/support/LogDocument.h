@@ -2,6 +2,7 @@
 
 #include "tests/support/LogText.h"
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,8 @@ struct QuotedEntry {
 /// All of them, in the document's order.
 const std::vector<QuotedEntry>& QuotedEntries();
 
-/// A test failure when an entry of the log is not quoted, or when their order is not that of the document's sections.
-/// "Begin processing" may come again: a pass that is retried.
-void ExpectDocumented(const Entries& log);
+/// A test failure when an entry of the log is not quoted, or when their order is not that of the quotes. What is
+/// repeated may go back: to "Begin processing" a pass that is retried, to its title or first line the next one of
+/// several groups of entries, and behind a value or a file to any other of the same block.
+/// Returns the quotes of its entries.
+std::set<const QuotedEntry*> ExpectDocumented(const Entries& log);

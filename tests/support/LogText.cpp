@@ -56,6 +56,8 @@ void ExpectLines(const std::filesystem::path& file, const Entries& expected) {
 Entries ParseEntries(std::wstring log) {
     if (log.starts_with(L'\xFEFF'))
         log.erase(0, 1);
+    if (log.ends_with(L"\r\n"))
+        log.resize(log.size() - 2);
     static const std::wregex EntryStart(
         LR"(\r\n(Sun|Mon|Tue|Wed|Thu|Fri|Sat) [A-Z][a-z]{2} [ \d]\d \d\d:\d\d:\d\d \d{4} - )");
     const std::wsregex_iterator end;

@@ -24,6 +24,7 @@ Entries ReadLines(const std::filesystem::path& file);
 void ExpectLines(const std::filesystem::path& file, const Entries& expected);
 
 /// A test failure when the text is not made of entries from its first character on (after the byte-order mark, if any).
+/// A line break at its end belongs to the next entry, of a program that had no time to write the rest.
 Entries ParseEntries(std::wstring log);
 
 /// The entries of a log file.

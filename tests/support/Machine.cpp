@@ -3,6 +3,7 @@
 #include "app/ProcessState.h"
 #include "core/LocalizedStrings.h"
 #include "tests/support/ComErrors.h"
+#include "tests/support/InstallerScreen.h"
 #include "tests/support/LabPrograms.h"
 #include "tests/support/LogDocument.h"
 #include "tests/support/Registry.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iomanip>
+#include <span>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -21,16 +23,11 @@ void DeleteValue(const wchar_t* subkey, const wchar_t* name) {
     RegDeleteKeyValueW(HKEY_CURRENT_USER, subkey, name);
 }
 
-template <typename Iterator>
-std::wstring Lines(Iterator first, Iterator last) {
+std::wstring Lines(std::span<const std::wstring> entries) {
     std::wstring lines;
-    for (; first != last; ++first)
-        lines += *first + L'\n';
+    for (const std::wstring& entry : entries)
+        lines += entry + L'\n';
     return lines;
-}
-
-std::wstring Lines(const Entries& entries) {
-    return Lines(entries.begin(), entries.end());
 }
 
 } // namespace
@@ -56,6 +53,11 @@ Entries Joined(std::initializer_list<Entries> lists) {
 void Machine::SetUp() {
     ResetSettings();
     SetDword(OfficeLanguages, L"UILanguage", 1033);
+}
+
+void Machine::TearDown() {
+    Logged();
+    ResetSettings();
 }
 
 fs::path Machine::FrontEnd() {
@@ -93,7 +95,7 @@ DWORD Machine::Install(const std::wstring& configuration) const {
 }
 
 Entries Machine::Logged() const {
-    const Entries log = ReadEntries(Temporary() + L"Vellumkit_Install.log");
+    Entries log = ReadEntries(Temporary() + L"Vellumkit_Install.log");
     ExpectDocumented(log);
     return log;
 }
@@ -104,12 +106,21 @@ Entries::const_iterator Machine::EndOfReport(const Entries& log) {
 
 void Machine::ExpectLog(const Entries& expected) const {
     const Entries log = Logged();
-    EXPECT_EQ(Lines(EndOfReport(log), log.end()), Lines(expected));
+    EXPECT_EQ(Lines({EndOfReport(log), log.end()}), Lines(expected));
 }
 
-void Machine::ExpectReport(const Entries& expected) const {
+void Machine::ExpectReport(const std::wstring& machine, const std::wstring& arguments, bool whole) const {
+    Entries expected = ReadLines(ProgramFolder() / "reports" / (machine + L".txt"));
+    ASSERT_FALSE(expected.empty()) << "there is no report of such a machine";
+    for (std::wstring& entry : expected) {
+        if (entry.starts_with(L"Command line: "))
+            entry = L"Command line: " + arguments;
+        std::ranges::replace(entry, L'␀', L'\0'); // with which most values are stored
+    }
+    if (!whole)
+        expected.pop_back();
     const Entries log = Logged();
-    EXPECT_EQ(Lines(log.begin(), EndOfReport(log)), Lines(expected));
+    EXPECT_EQ(Lines({log.begin(), EndOfReport(log)}), Lines(expected));
 }
 
 std::wstring Machine::PayloadCommandLine() const {
@@ -160,6 +171,13 @@ void WindowedMachine::SetUp() {
     InstanceHandle = GetModuleHandleW(nullptr);
     LoadLocalizedStrings(L"en");
     LoadLogo();
+}
+
+void WindowedMachine::ExpectInstalled(const Program& frontEnd) {
+    const InstallerScreen screen(frontEnd);
+    screen.Await(ScreenStatus::Completed);
+    screen.ClickCloseBox();
+    EXPECT_EQ(frontEnd.ExitCode(), 0U);
 }
 
 void Machine::ResetSettings() {

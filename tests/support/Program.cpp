@@ -2,6 +2,10 @@
 
 #include "tests/support/Watchdog.h"
 
+#include <windows.h>
+
+#include <tlhelp32.h>
+
 #include <array>
 #include <gtest/gtest.h>
 
@@ -61,6 +65,19 @@ DWORD Program::ExitCode() const {
     DWORD code = 0;
     EXPECT_TRUE(GetExitCodeProcess(process_.Get(), &code));
     return code;
+}
+
+std::vector<DWORD> ProcessesNamed(const std::wstring& name) {
+    std::vector<DWORD> ids;
+    const UniqueHandle processes(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL found = Process32FirstW(processes.Get(), &entry); found;
+         found = Process32NextW(processes.Get(), &entry)) {
+        if (entry.szExeFile == name)
+            ids.push_back(entry.th32ProcessID);
+    }
+    return ids;
 }
 
 HWND FindWindowOf(const Program& program, const wchar_t* windowClass) {

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 /// A program that a test started; terminated with the object if it still runs then.
 class Program {
@@ -29,6 +30,9 @@ public:
 private:
     UniqueHandle process_;
 };
+
+/// The processes that run under that name ("onenote.exe"), which is compared to the letter.
+std::vector<DWORD> ProcessesNamed(const std::wstring& name);
 
 /// A top-level window of that class of the program, visible or not; null when there is none.
 HWND FindWindowOf(const Program& program, const wchar_t* windowClass);

@@ -15,7 +15,39 @@ void EndUnlessSucceeded(LSTATUS status) {
     std::_Exit(3);
 }
 
+UniqueRegistryKey OpenKey(HKEY root, const std::wstring& subkey) {
+    UniqueRegistryKey key;
+    RegOpenKeyExW(root, subkey.c_str(), 0, KEY_READ, key.Receive());
+    return key;
+}
+
+/// Beside the key.
+std::wstring PlaceOfKept(const std::wstring& subkey) {
+    return subkey + L" before the test";
+}
+
+void CopyKey(HKEY root, const std::wstring& from, const std::wstring& to) {
+    UniqueRegistryKey copy;
+    EXPECT_EQ(RegCreateKeyExW(root, to.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, copy.Receive(), nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(RegCopyTreeW(OpenKey(root, from).Get(), nullptr, copy.Get()), ERROR_SUCCESS);
+}
+
 } // namespace
+
+KeptKey::KeptKey(HKEY root, std::wstring subkey) : root_(root), subkey_(std::move(subkey)) {
+    Restore(root_, subkey_);
+    CopyKey(root_, subkey_, PlaceOfKept(subkey_));
+}
+
+void KeptKey::Restore(HKEY root, const std::wstring& subkey) {
+    const std::wstring kept = PlaceOfKept(subkey);
+    if (!KeyExists(kept.c_str(), root))
+        return;
+    RegDeleteTreeW(root, subkey.c_str());
+    CopyKey(root, kept, subkey);
+    EXPECT_EQ(RegDeleteTreeW(root, kept.c_str()), ERROR_SUCCESS);
+}
 
 RegistrySandbox::RegistrySandbox() : path_(L"Software\\VellumkitTest" + std::to_wstring(GetCurrentProcessId())) {
     RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str()); // what a test program that was ended left behind
@@ -49,7 +81,7 @@ void SetValueOf(HKEY root, const wchar_t* subkey, const wchar_t* name, DWORD typ
               ERROR_SUCCESS);
 }
 
-void Register(const std::wstring& subkey, const wchar_t* name, const std::wstring& text) {
+void RegisterText(const std::wstring& subkey, const wchar_t* name, const std::wstring& text) {
     SetValueOf(HKEY_CLASSES_ROOT, subkey.c_str(), name, REG_SZ, Bytes(text + L'\0'));
 }
 
@@ -81,7 +113,6 @@ std::optional<StoredValue> Dword(DWORD value) {
     return StoredValue{REG_DWORD, bytes};
 }
 
-bool KeyExists(const wchar_t* subkey) {
-    UniqueRegistryKey key;
-    return RegOpenKeyExW(HKEY_CURRENT_USER, subkey, 0, KEY_QUERY_VALUE, key.Receive()) == ERROR_SUCCESS;
+bool KeyExists(const wchar_t* subkey, HKEY root) {
+    return static_cast<bool>(OpenKey(root, subkey));
 }

@@ -24,6 +24,23 @@ private:
     UniqueRegistryKey classes_;
 };
 
+/// Puts a key with all it holds back as it was, at the object's end.
+class KeptKey {
+public:
+    /// Begins with what an earlier test program kept that was ended. A test failure when the key can't be kept.
+    KeptKey(HKEY root, std::wstring subkey);
+    KeptKey(const KeptKey&) = delete;
+    KeptKey& operator=(const KeptKey&) = delete;
+    ~KeptKey() { Restore(root_, subkey_); }
+
+    /// Puts the key back if it was kept.
+    static void Restore(HKEY root, const std::wstring& subkey);
+
+private:
+    HKEY root_;
+    std::wstring subkey_;
+};
+
 /// A test of code that changes the registry and logs what it does.
 class LoggedRegistry : public testing::Test {
 protected:
@@ -39,12 +56,13 @@ private:
 void SetDword(const wchar_t* subkey, const wchar_t* name, DWORD value);
 void SetValue(const wchar_t* subkey, const wchar_t* name, DWORD type, const std::vector<unsigned char>& bytes);
 
-/// `SetValue` for another root.
+// The same for other roots.
+
 void SetValueOf(HKEY root, const wchar_t* subkey, const wchar_t* name, DWORD type,
                 const std::vector<unsigned char>& bytes);
 
-/// A string with its NUL under HKEY_CLASSES_ROOT, as it is registered there.
-void Register(const std::wstring& subkey, const wchar_t* name, const std::wstring& text);
+/// A string with its NUL under HKEY_CLASSES_ROOT.
+void RegisterText(const std::wstring& subkey, const wchar_t* name, const std::wstring& text);
 
 /// The bytes of UTF-16 text, just as many as it has characters.
 std::vector<unsigned char> Bytes(const std::wstring& text);
@@ -58,7 +76,7 @@ struct StoredValue {
 
 /// Nothing when the key or the value is missing.
 std::optional<StoredValue> GetValue(const wchar_t* subkey, const wchar_t* name);
-bool KeyExists(const wchar_t* subkey);
+bool KeyExists(const wchar_t* subkey, HKEY root = HKEY_CURRENT_USER);
 
 /// What `GetValue` gives for a REG_DWORD.
 std::optional<StoredValue> Dword(DWORD value);

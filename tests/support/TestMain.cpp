@@ -1,7 +1,10 @@
 #include "app/DpiAwareness.h"
 #include "core/Log.h"
+#include "tests/support/LabBrowser.h"
 #include "tests/support/LabOffice.h"
 #include "tests/support/LabOneNote.h"
+#include "tests/support/Machine.h"
+#include "tests/support/Registry.h"
 #include "tests/support/TestFolder.h"
 #include "tests/support/Watchdog.h"
 
@@ -18,6 +21,8 @@ int main(int argc, char** argv) {
     Watchdog::Start();
     LabOneNote::Unregister();
     LabOffice::Remove();
+    LabBrowser::Unregister();
+    KeptKey::Restore(HKEY_CURRENT_USER, InternetSettings);
     const int result = RUN_ALL_TESTS();
     CloseLog(); // so that the folder can go
     return result;
