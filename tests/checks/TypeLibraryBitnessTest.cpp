@@ -94,9 +94,10 @@ protected:
 
     void RegisterFile() const { RegisterText(L"TypeLib\\{L}\\1.1\\0\\Win32", nullptr, File); }
 
-    UniqueHandle OpenAlone() const {
+    /// `others` is what somebody else may do meanwhile: FILE_SHARE_READ, or 0 for nothing.
+    UniqueHandle Open(DWORD others) const {
         return UniqueHandle(
-            CreateFileW(File.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+            CreateFileW(File.c_str(), GENERIC_READ, others, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     }
 
 private:
@@ -317,14 +318,14 @@ TEST_F(TypeLibraryBitness, ChecksTheFilesInTheOrderOfTheirEntries) {
 
 TEST_F(TypeLibraryFile, IsTakenForMissingWhenLockedAndDecidesAllTheSame) {
     RegisterFile();
-    const UniqueHandle lock = OpenAlone();
+    const UniqueHandle lock = Open(0);
     EXPECT_TRUE(Check({L"1.1"}, L"1.1"));
     EXPECT_EQ(LoggedBehindTheBlock()[0], L"Error: File DOES NOT exist: " + File + L'\0');
 }
 
 TEST_F(TypeLibraryFile, IsThereWhenItMayOnlyBeRead) {
     RegisterFile();
-    EXPECT_TRUE(SetFileAttributesW(File.c_str(), FILE_ATTRIBUTE_READONLY));
+    const UniqueHandle reader = Open(FILE_SHARE_READ);
     EXPECT_FALSE(Check({L"1.1"}, L""));
     EXPECT_EQ(LoggedBehindTheBlock()[0], L"File exists: " + File + L'\0');
 }
@@ -333,5 +334,5 @@ TEST_F(TypeLibraryFile, IsNotLeftOpen) {
     RegisterFile();
     EXPECT_FALSE(Check({L"1.1"}, L""));
     EXPECT_EQ(LoggedBehindTheBlock()[0], L"File exists: " + File + L'\0');
-    EXPECT_TRUE(OpenAlone()) << "error " << GetLastError();
+    EXPECT_TRUE(Open(0)) << "error " << GetLastError();
 }
