@@ -1,7 +1,6 @@
 // The language of the real executable's window: what the settings of Office and Windows name, on buttons and painted.
 
 #include "core/LocalizedStrings.h"
-#include "tests/support/InstallerScreen.h"
 #include "tests/support/Machine.h"
 #include "tests/support/Registry.h"
 
