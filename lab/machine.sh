@@ -74,6 +74,11 @@ build() {
     cmake --build --preset release ${1:+--target "$@"}
 }
 
+# Windows' shared data (KUSER_SHARED_DATA) has one fixed address. About once in two thousand starts the randomised heap
+# of a program lies there, and the start fails. Some containers forbid turning the randomisation off: it stays on there.
+at_fixed_addresses=(setarch --addr-no-randomize)
+"${at_fixed_addresses[@]}" true 2>/dev/null || at_fixed_addresses=()
+
 # Wine takes its home for Windows' user folders, caches and menus: it gets one of its own.
 enter_prefix() {
     export WINEPREFIX=$prefixes/$1 WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
@@ -114,14 +119,10 @@ TEXT
 make_base_prefix() {
     remove_prefix base
     enter_prefix base
-    wineboot --init >/dev/null 2>&1 || fail "Wine cannot make a prefix in $prefixes"
+    "${at_fixed_addresses[@]}" wineboot --init >/dev/null 2>&1 || fail "Wine cannot make a prefix in $prefixes"
     wineserver --wait
     cp /usr/share/wine/fonts/marlett.ttf "$WINEPREFIX/drive_c/windows/Fonts/" # Wine looks there only
     wine --version >"$prefixes/base.made"
-}
-
-import_settings() {
-    wine regedit /S "$(wine winepath -w "$WINEPREFIX/screen.reg")" >/dev/null 2>&1
 }
 
 # The copy shares its files with the base, but for those that are written in place.
@@ -132,8 +133,8 @@ make_prefix() { # NAME SETTINGS
     cp --remove-destination "$prefixes"/base/drive_c/windows/*.ini "$prefixes/$1/drive_c/windows"
     enter_prefix "$1"
     echo "$2" >"$WINEPREFIX/screen.reg"
-    # About one start of Wine in two thousand fails without a word.
-    import_settings || import_settings || fail "Wine takes no settings"
+    (cd "$WINEPREFIX" && "${at_fixed_addresses[@]}" wine regedit /S screen.reg) >/dev/null 2>&1 ||
+        fail "Wine takes no settings"
     wineserver --wait
     echo "$2" >"$prefixes/$1.made"
 }
@@ -183,7 +184,7 @@ run_wine() {
         locale=(LOCPATH="$prefixes/locales" LC_ALL="$VELLUMKIT_LOCALE.UTF-8")
     fi
     enter_prefix "$prefix"
-    exec env "${locale[@]}" wine "$@"
+    exec "${at_fixed_addresses[@]}" env "${locale[@]}" wine "$@"
 }
 
 stop_wine() {
