@@ -6,6 +6,7 @@
 #include "tests/support/Machine.h"
 #include "tests/support/User.h"
 #include "tests/support/WaitUntil.h"
+#include "tests/support/Watchdog.h"
 
 #include <commctrl.h>
 
@@ -26,14 +27,16 @@ const std::wstring DownloadAddress =
     L"https://www.vellumkit.example/downloadFile&fv=4.5.1&file=VellumkitInstaller.x86.exe";
 const std::wstring HelpAddress = L"https://www.vellumkit.example/how-to/find-office-bitness";
 
-/// The captions of a dialog's visible buttons, from top to bottom, and the buttons.
-std::vector<std::pair<std::wstring, HWND>> ButtonsOf(HWND dialog) {
-    std::vector<std::pair<std::wstring, HWND>> buttons;
+/// A dialog's visible buttons with their captions, from top to bottom.
+using Buttons = std::vector<std::pair<std::wstring, HWND>>;
+
+Buttons ButtonsOf(HWND dialog) {
+    Buttons buttons;
     const auto collect = [](HWND child, LPARAM collected) -> BOOL {
         std::array<wchar_t, 32> name{};
         GetClassNameW(child, name.data(), static_cast<int>(name.size()));
         if (std::wstring_view(name.data()) == L"Button" && IsWindowVisible(child))
-            reinterpret_cast<decltype(buttons)*>(collected)->emplace_back(CaptionOf(child), child);
+            reinterpret_cast<Buttons*>(collected)->emplace_back(CaptionOf(child), child);
         return TRUE;
     };
     EnumChildWindows(dialog, collect, reinterpret_cast<LPARAM>(&buttons));
@@ -44,23 +47,29 @@ std::vector<std::pair<std::wstring, HWND>> ButtonsOf(HWND dialog) {
 /// The dialog that a front-end shows.
 class PromptScreen {
 public:
-    /// Waits for the dialog and its command links, and brings it to the front.
+    /// Waits for the dialog and its command links, and brings it to the front, where it takes keys.
     explicit PromptScreen(const Program& frontEnd) {
         WaitUntil("the dialog of the front-end", [&] {
             window_ = FindWindowOf(frontEnd, L"#32770");
-            return IsWindowVisible(window_) && ButtonsOf(window_).size() == 3;
+            if (!IsWindowVisible(window_))
+                return false;
+            buttons_ = ButtonsOf(window_);
+            return buttons_.size() == 3 &&
+                   std::ranges::none_of(buttons_, [](const auto& button) { return button.first.empty(); });
         });
-        SetForegroundWindow(window_);
-        WaitUntil("the dialog in front", [this] { return GetForegroundWindow() == window_; });
+        WaitUntil("the focus on the first command link", [this] {
+            SetForegroundWindow(window_);
+            return GetForegroundWindow() == window_ && FocusOf(window_) == buttons_.front().second;
+        });
     }
 
     HWND Window() const { return window_; }
+    const Buttons& CommandLinks() const { return buttons_; }
 
     /// Clicks on the command link, and waits until the dialog is gone.
     void Click(const std::wstring& caption) const {
-        const auto buttons = ButtonsOf(window_);
-        const auto button = std::ranges::find(buttons, caption, [](const auto& item) { return item.first; });
-        if (button == buttons.end())
+        const auto button = std::ranges::find(buttons_, caption, [](const auto& item) { return item.first; });
+        if (button == buttons_.end())
             throw std::runtime_error("the dialog lacks a command link");
         User::Click(button->second);
         AwaitEnd();
@@ -72,6 +81,7 @@ public:
 
 private:
     HWND window_ = nullptr;
+    Buttons buttons_;
 };
 
 /// A machine with a 32-bit OneNote.
@@ -96,7 +106,7 @@ TEST_F(BitnessPromptOnScreen, OffersThreeCommandLinksUnderItsTitle) {
     const PromptScreen prompt(frontEnd);
     EXPECT_EQ(CaptionOf(prompt.Window()), L"Vellumkit Installer");
     std::vector<std::wstring> captions;
-    for (const auto& [caption, button] : ButtonsOf(prompt.Window()))
+    for (const auto& [caption, button] : prompt.CommandLinks())
         captions.push_back(caption);
     EXPECT_EQ(captions, (std::vector{DownloadLink, ContinueLink, HelpLink}));
     EXPECT_EQ(GetWindow(prompt.Window(), GW_OWNER), nullptr);
@@ -127,6 +137,7 @@ TEST_F(BitnessPromptOnScreen, GoesOnWithTheInstallation) {
 }
 
 TEST_F(BitnessPromptOnScreen, ComesBackAfterTheHelpPageAsOftenAsItIsAskedFor) {
+    Watchdog::Allow(180); // it waits for a dialog seven times
     const Program frontEnd = Start(L"");
     Entries opened;
     for (int time = 0; time < 3; ++time) {

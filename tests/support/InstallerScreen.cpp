@@ -22,13 +22,6 @@ HWND AwaitButton(HWND window, const Gdiplus::Rect& area) {
     return button;
 }
 
-HWND FocusOf(HWND window) {
-    GUITHREADINFO information{};
-    information.cbSize = sizeof information;
-    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &information);
-    return information.hwndFocus;
-}
-
 bool HasCaption(HWND button, const std::wstring& caption) {
     const bool there = !caption.empty();
     return (IsWindowVisible(button) != FALSE) == there && (IsWindowEnabled(button) != FALSE) == there &&
@@ -48,6 +41,13 @@ std::wstring CaptionOf(HWND button) {
     SendMessageTimeoutW(button, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()), SMTO_NORMAL, 5000,
                         &length);
     return {text.data(), length};
+}
+
+HWND FocusOf(HWND window) {
+    GUITHREADINFO information{};
+    information.cbSize = sizeof information;
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &information);
+    return information.hwndFocus;
 }
 
 InstallerScreen::InstallerScreen(const Program& frontEnd)

@@ -49,3 +49,6 @@ private:
 
 /// The caption of a button or the title of a window, also of another process.
 std::wstring CaptionOf(HWND button);
+
+/// Which window has the keyboard focus in the thread of a window, also of another process; null for none.
+HWND FocusOf(HWND window);
