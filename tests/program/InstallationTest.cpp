@@ -184,6 +184,12 @@ TEST_F(Installation, IsNotHeldUpByALogThatCannotBeOpened) {
     EXPECT_EQ(GetValue(InternetSettings, L"SecureProtocols"), Dword(0xA80));
 }
 
+TEST_F(Installation, FailsWithoutALogWhenTheTemporaryFolderIsMissing) {
+    const fs::path missing = fs::path(Temporary()) / L"missing";
+    EXPECT_EQ(Program(FrontEnd(), L"/config x", missing).ExitCode(), 1U);
+    EXPECT_TRUE(fs::is_empty(Temporary()));
+}
+
 // The payload
 
 namespace {
