@@ -5,6 +5,7 @@
 #include "tests/support/LabPrograms.h"
 #include "tests/support/Machine.h"
 #include "tests/support/User.h"
+#include "tests/support/WaitUntil.h"
 
 #include <algorithm>
 #include <optional>
@@ -86,11 +87,8 @@ class StartOfOneNoteNull : public StartOfOneNote, public testing::WithParamInter
 
 const auto NameOfStep = [](const auto& item) { return item.param.name; };
 
-void ExpectInFront(HWND window) {
-    const ULONGLONG end = GetTickCount64() + 10000;
-    while (GetForegroundWindow() != window && GetTickCount64() < end)
-        Sleep(20);
-    EXPECT_EQ(GetForegroundWindow(), window);
+void AwaitFront(HWND window) {
+    WaitUntil("the window in front", [window] { return GetForegroundWindow() == window; });
 }
 
 } // namespace
@@ -102,7 +100,7 @@ TEST_F(StartOfOneNote, OpensAWindowInFrontWhenItIsNotRunning) {
     EXPECT_EQ(LoggedStart(), LogOfSuccess);
     OneNote.ExpectRecord(Joined({StartedByCom, UpToWindowHandle, Released}));
     ASSERT_EQ(LabOneNote::Windows().size(), 1U);
-    ExpectInFront(LabOneNote::Windows()[0]);
+    AwaitFront(LabOneNote::Windows()[0]);
 }
 
 TEST_F(StartOfOneNote, BringsTheCurrentWindowToTheFrontWhenItIsRunning) {
@@ -117,7 +115,7 @@ TEST_F(StartOfOneNote, BringsTheCurrentWindowToTheFrontWhenItIsRunning) {
     OneNote.ExpectRecord((Entries{L"Started", L"CreateInstance", L"Windows", L"Count", L"Windows", L"CurrentWindow",
                                   L"WindowHandle", L"No references"}));
     EXPECT_EQ(LabOneNote::Windows().size(), 3U);
-    ExpectInFront(current);
+    AwaitFront(current);
 }
 
 TEST_F(StartOfOneNote, WaitsForAnAnswerThatTakesLong) {

@@ -8,7 +8,7 @@
 #include "tests/support/Machine.h"
 #include "tests/support/Registry.h"
 #include "tests/support/User.h"
-#include "tests/support/Watchdog.h"
+#include "tests/support/WaitUntil.h"
 
 #include <algorithm>
 
@@ -339,13 +339,12 @@ TEST_F(WindowedInstallation, SucceedsInBothOfTwoCopiesStartedAtOnce) {
     // They stand in the same place.
     SetWindowPos(screens[1].Window(), HWND_TOP, 0, 0, 0, 0, SWP_NOSIZE);
     for (const InstallerScreen& screen : screens) {
-        const Watchdog::Waiting waiting("the end of a pass in one of two copies");
-        while (CaptionOf(screen.Primary()).empty() || !IsWindowVisible(screen.Primary())) {
+        WaitUntil("the end of a pass in one of two copies", [&screen] {
             // The shell has a box of its own for a payload that the other one is writing.
             if (const HWND box = FindWindowW(L"#32770", nullptr); box != nullptr)
                 PostMessageW(box, WM_COMMAND, IDOK, 0);
-            Sleep(20);
-        }
+            return IsWindowVisible(screen.Primary()) && !CaptionOf(screen.Primary()).empty();
+        });
     }
     int retries = 0;
     for (const InstallerScreen& screen : screens) {

@@ -3,6 +3,7 @@
 #include "core/Unique.h"
 #include "tests/support/LabPrograms.h"
 #include "tests/support/Registry.h"
+#include "tests/support/WaitUntil.h"
 #include "tests/support/Watchdog.h"
 
 #include <algorithm>
@@ -102,9 +103,7 @@ void LabOneNote::Unregister() {
 
 void LabOneNote::Start() {
     started_.emplace(LabFolder() / "onenote.exe", L"/settings \"" + folder_ + L"lab.ini\"");
-    const Watchdog::Waiting waiting("the windows of the lab's OneNote");
-    while (std::ranges::count(Record(), L"Started") == 0)
-        Sleep(20);
+    WaitUntil("the windows of the lab's OneNote", [this] { return std::ranges::count(Record(), L"Started") > 0; });
 }
 
 std::vector<HWND> LabOneNote::Windows() {

@@ -1,5 +1,6 @@
 #include "tests/support/Program.h"
 
+#include "tests/support/WaitUntil.h"
 #include "tests/support/Watchdog.h"
 
 #include <windows.h>
@@ -92,9 +93,10 @@ HWND FindWindowOf(const Program& program, const wchar_t* windowClass) {
 }
 
 HWND AwaitWindow(const Program& program, const wchar_t* windowClass) {
-    const Watchdog::Waiting waiting("a window of a program that the test started");
-    for (;; Sleep(20)) {
-        if (const HWND window = FindWindowOf(program, windowClass); window != nullptr)
-            return window;
-    }
+    HWND window = nullptr;
+    WaitUntil("a window of a program that the test started", [&] {
+        window = FindWindowOf(program, windowClass);
+        return window != nullptr;
+    });
+    return window;
 }

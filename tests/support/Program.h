@@ -37,5 +37,5 @@ std::vector<DWORD> ProcessesNamed(const std::wstring& name);
 /// A top-level window of that class of the program, visible or not; null when there is none.
 HWND FindWindowOf(const Program& program, const wchar_t* windowClass);
 
-/// Waits until there is such a window, and returns it.
+/// Waits until there is such a window, and returns it. Waiting in vain throws, which ends the test.
 HWND AwaitWindow(const Program& program, const wchar_t* windowClass);
