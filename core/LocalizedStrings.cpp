@@ -23,12 +23,13 @@
 namespace {
 
 constexpr std::size_t TextCount = StrOneNoteRunning + 1;
+using Texts = std::array<const wchar_t*, TextCount>;
 
 struct Language {
-    const wchar_t* code;
+    std::wstring_view code;
     const wchar_t* displayName;
     /// A language file that lacks a text has an array of another type, and does not compile here.
-    const std::array<const wchar_t*, TextCount>& texts;
+    const Texts& texts;
 };
 
 /// In the order in which a locale name is matched against them.
@@ -51,26 +52,39 @@ constexpr std::array Languages{
     Language{L"mk", L"македонски јазик", Macedonian},
 };
 
-std::array<std::wstring, TextCount> LocalizedStrings;
+/// What the table holds before a language is loaded.
+constexpr Texts NoTexts = [] {
+    Texts texts{};
+    texts.fill(L"");
+    return texts;
+}();
+
+constinit Texts LocalizedStrings = NoTexts;
+
+std::vector<LanguageEntry> ListLanguages() {
+    std::vector<LanguageEntry> languages;
+    for (const Language& language : Languages)
+        languages.push_back({std::wstring(language.code), language.displayName});
+    return languages;
+}
 
 } // namespace
 
 const std::vector<LanguageEntry>& SupportedLanguages() {
-    static std::vector<LanguageEntry> languages;
-    if (languages.empty()) {
-        for (const Language& language : Languages)
-            languages.push_back({language.code, language.displayName});
-    }
+    static const std::vector<LanguageEntry> languages = ListLanguages();
     return languages;
 }
 
 void LoadLocalizedStrings(std::wstring_view code) {
-    for (const Language& language : Languages) {
-        if (language.code == code)
-            std::ranges::copy(language.texts, LocalizedStrings.begin());
-    }
+    const auto* const language = std::ranges::find(Languages, code, &Language::code);
+    if (language != Languages.end())
+        LocalizedStrings = language->texts;
+}
+
+const wchar_t* LocalizedText(StringId id) {
+    return LocalizedStrings[id];
 }
 
 std::wstring GetLocalizedString(StringId id) {
-    return LocalizedStrings[id];
+    return LocalizedText(id);
 }

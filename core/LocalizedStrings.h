@@ -38,5 +38,9 @@ const std::vector<LanguageEntry>& SupportedLanguages();
 /// Main thread, before a second one exists.
 void LoadLocalizedStrings(std::wstring_view code);
 
-/// A copy of the loaded language's text. Any thread.
+/// The loaded language's own text, which lives as long as the process and never changes or moves; a language that is
+/// loaded later has other ones. Any thread.
+const wchar_t* LocalizedText(StringId id);
+
+/// A copy of that text. Any thread.
 std::wstring GetLocalizedString(StringId id);
