@@ -1,6 +1,6 @@
 #include "app/CommandLine.h"
 
-#include "app/ProcessState.h"
+#include "core/Launch.h"
 
 #include <windows.h>
 
@@ -10,7 +10,7 @@
 
 void ReadCommandLine(const wchar_t* commandLine) {
     int count = 0;
-    // The array is not freed, on purpose: a few bytes, once in a process.
+    // Never freed: a few bytes, once in a process.
     wchar_t** const arguments = CommandLineToArgvW(commandLine, &count);
     if (arguments == nullptr)
         return;

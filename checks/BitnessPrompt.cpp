@@ -1,6 +1,6 @@
 #include "checks/BitnessPrompt.h"
 
-#include "app/ProcessState.h"
+#include "core/Launch.h"
 #include "core/Product.h"
 
 #include <windows.h>
@@ -13,15 +13,15 @@
 
 namespace {
 
-// No "?" behind the path, on purpose.
+// No "?" behind the path: the web site knows the download by exactly this address.
 constexpr wchar_t DownloadAddress[] =
     L"https://" VELLUMKIT_WEB_HOST "/downloadFile&fv=" VELLUMKIT_VERSION_TEXT "&file=VellumkitInstaller.x86.exe";
 constexpr wchar_t HelpAddress[] = L"https://" VELLUMKIT_WEB_HOST "/how-to/find-office-bitness";
 
 enum Button { ButtonDownload32 = 100, ButtonContinue64 = 101, ButtonHowToFind = 102 };
 
-/// Returns the button that was pressed, or what else closed the dialog. Its texts are English in every language, and
-/// the instruction ends in a blank, on purpose.
+/// Returns the button that was pressed, or what else closed the dialog. Its texts are not among the translated ones,
+/// and the blank at the end of the instruction belongs to it.
 int ShowPrompt() {
     constexpr std::array Buttons{
         TASKDIALOG_BUTTON{ButtonDownload32, L"Download 32-bit Vellumkit"},
@@ -30,9 +30,8 @@ int ShowPrompt() {
     };
     TASKDIALOGCONFIG config{};
     config.cbSize = sizeof config;
-    config.hwndParent = MainWindow; // not there yet
-    config.hInstance = InstanceHandle;
-    config.dwFlags = TDF_ENABLE_HYPERLINKS | TDF_USE_COMMAND_LINKS; // no text has a link: kept on purpose
+    config.hInstance = InstanceHandle;                              // and no hwndParent: there is no window yet
+    config.dwFlags = TDF_ENABLE_HYPERLINKS | TDF_USE_COMMAND_LINKS; // the first has no effect: no text has a link
     config.pszWindowTitle = L"Vellumkit Installer";
     config.pszMainIcon = MAKEINTRESOURCEW(ApplicationIcon);
     config.pszMainInstruction = L"You are installing 64-bit version of Vellumkit, but it appears that you may have "

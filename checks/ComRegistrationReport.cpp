@@ -30,6 +30,15 @@ constexpr std::array InterfaceValues{
     RegisteredValue{L"\\TypeLib", L"Version"},
 };
 
+/// The type library's version that the interface under `key` names, up to its first NUL. False when it names none.
+bool ReadLibraryVersion(const std::wstring& key, std::wstring& version) {
+    RegistryEntry entry{.root = HKEY_CLASSES_ROOT, .subkey = key + L"\\TypeLib", .valueName = L"Version"};
+    if (!entry.Read())
+        return false;
+    version = entry.stringData.substr(0, entry.stringData.find(L'\0'));
+    return true;
+}
+
 } // namespace
 
 void ReportProgId(const std::wstring& progId, const std::vector<std::wstring>& versions) {
@@ -45,12 +54,10 @@ void ReportClsid(const std::wstring& name, const std::wstring& clsid) {
 }
 
 std::wstring ReportInterface(const std::wstring& name, const std::wstring& iid) {
-    std::vector<RegistryEntry> entries = EntriesOfBothViews(L"Interface\\" + iid, InterfaceValues);
-    WriteRegistryReport(L"IID for " + name, entries);
-    for (const std::size_t lastOfView : {InterfaceValues.size() - 1, entries.size() - 1}) {
-        RegistryEntry& version = entries[lastOfView];
-        if (version.Read())
-            return version.stringData.substr(0, version.stringData.find(L'\0'));
-    }
-    return {};
+    const std::wstring key = L"Interface\\" + iid;
+    WriteRegistryReport(L"IID for " + name, EntriesOfBothViews(key, InterfaceValues));
+    std::wstring version;
+    if (!ReadLibraryVersion(key, version))
+        ReadLibraryVersion(In32BitView + key, version);
+    return version;
 }

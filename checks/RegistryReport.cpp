@@ -17,6 +17,6 @@ void AddEntries(std::vector<RegistryEntry>& entries, const std::wstring& key, st
 std::vector<RegistryEntry> EntriesOfBothViews(const std::wstring& key, std::span<const RegisteredValue> values) {
     std::vector<RegistryEntry> entries;
     AddEntries(entries, key, values);
-    AddEntries(entries, L"Wow6432Node\\" + key, values);
+    AddEntries(entries, In32BitView + key, values);
     return entries;
 }

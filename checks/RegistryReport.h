@@ -25,5 +25,8 @@ struct RegisteredValue {
 /// Adds the values of a registration under `key` of HKEY_CLASSES_ROOT, in order.
 void AddEntries(std::vector<RegistryEntry>& entries, const std::wstring& key, std::span<const RegisteredValue> values);
 
-/// The values of a registration under `key` of HKEY_CLASSES_ROOT, then the same ones under its "Wow6432Node\".
+/// Stands before a key of HKEY_CLASSES_ROOT and names the same key in the 32-bit view.
+inline constexpr wchar_t In32BitView[] = L"Wow6432Node\\";
+
+/// The values of a registration under `key` of HKEY_CLASSES_ROOT, natively and then in the 32-bit view.
 std::vector<RegistryEntry> EntriesOfBothViews(const std::wstring& key, std::span<const RegisteredValue> values);

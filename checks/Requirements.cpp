@@ -1,9 +1,9 @@
 #include "checks/Requirements.h"
 
-#include "app/ProcessState.h"
 #include "checks/BitnessPrompt.h"
 #include "checks/ComRegistrationReport.h"
 #include "checks/TypeLibraryBitness.h"
+#include "core/Launch.h"
 #include "core/Log.h"
 #include "core/Product.h"
 
@@ -15,7 +15,7 @@ namespace {
 
 void WriteHeader() {
     BOOL emulated = FALSE;
-    IsWow64Process(GetCurrentProcess(), &emulated); // not read, on purpose: this is the 64-bit installer
+    IsWow64Process(GetCurrentProcess(), &emulated); // not read: the 64-bit installer is never emulated
     Log(true) << L"Running 64-bit Installer on 64-bit Windows";
     Log(true) << L"Version " << ProductVersion;
     Log(true) << L"Command line: " << CommandLineText;
@@ -41,7 +41,7 @@ bool ReportRegistrations() {
     ReportClsid(L"ProxyStub for General OLE Automation", L"{00020424-0000-0000-C000-000000000046}");
 
     ReportInterface(L"_IDTExtensibility2", L"{B65AD801-ABAF-11D0-BB8B-00A0C90F2744}");
-    // No version is wanted, on purpose: the add-in interfaces decide nothing.
+    // No version is wanted: the add-in interfaces are reported, and decide nothing about OneNote.
     CheckTypeLibraryBitness(L"_IDTExtensibility2", AddinDesignerLibrary, {L"1.0"}, L"");
 
     const std::wstring officeVersion =

@@ -6,7 +6,7 @@
 namespace {
 
 // Windows' own message without its line break, inserts such as "%1" as they stand. `_com_error::ErrorMessage` alone
-// does not do: one compiler's asks for the inserts' arguments too, and so gets no message that has one
+// does not do: mingw-w64's asks for the inserts' arguments too, and so gets no message that has one
 // (ERROR_BAD_EXE_FORMAT).
 std::wstring SystemMessage(HRESULT result) {
     std::array<wchar_t, 4096> text{};

@@ -1,4 +1,4 @@
-// What one compiler's COM support library has and another's lacks. Nothing else in the tree depends on the compiler.
+// What mingw-w64's COM support library lacks. Nothing else in the tree is there for one compiler only.
 
 #include <windows.h>
 

@@ -129,8 +129,10 @@ std::wstring Timestamp() {
 
 std::wostream& Log(bool withPrefix) {
     LogStream& log = TheLog();
-    if (withPrefix)
-        log << L"\r\n" << std::flush << Timestamp() << L" - ";
+    if (withPrefix) {
+        const std::wstring now = Timestamp(); // before the flush, which may take its time
+        log << L"\r\n" << std::flush << now << L" - ";
+    }
     return log;
 }
 

@@ -19,20 +19,22 @@ bool OpenKey(const RegistryEntry& entry, REGSAM access, UniqueRegistryKey& key) 
     return true;
 }
 
-void SetValue(const RegistryEntry& entry, HKEY key) {
-    const void* data = nullptr;
-    std::size_t size = 0;
-    // Strings are stored without their NUL, on purpose. Windows would add one that it finds right behind the data.
-    const std::wstring guarded = entry.stringData + L'.';
-    if (entry.type == REG_SZ || entry.type == REG_EXPAND_SZ) {
-        data = guarded.data();
-        size = entry.stringData.size() * sizeof(wchar_t);
-    } else if (entry.type == REG_DWORD) {
-        data = &entry.dwordData;
-        size = sizeof entry.dwordData;
-    }
+void SetData(const RegistryEntry& entry, HKEY key, const void* data, std::size_t size) {
     ThrowIfWin32Failed(
         RegSetValueExW(key, entry.valueName, 0, entry.type, static_cast<const BYTE*>(data), static_cast<DWORD>(size)));
+}
+
+void SetValue(const RegistryEntry& entry, HKEY key) {
+    if (entry.type == REG_SZ || entry.type == REG_EXPAND_SZ) {
+        // The NUL is not counted, so the value is stored without it. Windows would add one that it finds right behind
+        // the data: there stands something else.
+        const std::wstring guarded = entry.stringData + L'.';
+        SetData(entry, key, guarded.data(), entry.stringData.size() * sizeof(wchar_t));
+    } else if (entry.type == REG_DWORD) {
+        SetData(entry, key, &entry.dwordData, sizeof entry.dwordData);
+    } else {
+        SetData(entry, key, nullptr, 0);
+    }
 }
 
 /// Fetches string data of `size` bytes, one character more than that holds: the data may lack its NUL or have an odd
@@ -86,8 +88,8 @@ void DeleteTree(const RegistryEntry& entry) {
         ThrowIfWin32Failed(status);
 }
 
-/// The error's description or nothing when the error carries none. On purpose as the ANSI code page can write it: the
-/// log shows descriptions in the system's own letters only.
+/// The error's description, or nothing when the error carries none. By way of the ANSI code page, as this entry has
+/// always been written: letters that the system's code page lacks show as "?".
 std::wstring AnsiDescription(const _com_error& error) {
     const _bstr_t description = error.Description();
     if (description.length() == 0)

@@ -27,8 +27,8 @@ struct RegistryEntry {
 
     /// Reads the value into `type` and `dwordData` or `stringData`. False when it is missing, can't be read or has a
     /// type that the record doesn't hold, which `type` then tells. A NUL that was stored with a string stays in
-    /// `stringData` as its last character. Data of another type than REG_DWORD leaves in `dwordData` what fits of it,
-    /// on purpose: who adds flags to a value keeps those bits. Never throws a `_com_error` and logs nothing.
+    /// `stringData` as its last character. Data of another type than REG_DWORD leaves in `dwordData` what fits of it:
+    /// who adds flags to a value keeps those bits. Never throws a `_com_error` and logs nothing.
     bool Read();
 
     /// Deletes the value or, without a `valueName`, the key with all it holds: for an empty `subkey`, all that the root
@@ -42,5 +42,5 @@ struct RegistryEntry {
     std::wstring ValueText() const;
 };
 
-/// "HKCU", "HKLM" or, for every other root on purpose (only these three are used), "HKCR".
+/// "HKCU", "HKLM" or, for every other root, "HKCR": only these three are used.
 const wchar_t* RootKeyName(HKEY root);

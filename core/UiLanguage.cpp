@@ -47,11 +47,14 @@ bool OfficeUiLanguage(int version, std::wstring& code) {
     if (!ReadLanguageSetting(version, L"UIFallback", REG_MULTI_SZ, setting))
         return false;
     const std::vector<std::wstring> pieces = SplitText(setting.stringData, L";");
-    // A number ends at the first NUL, on purpose: a string behind the first one doesn't count, but for its later
-    // pieces.
-    return std::ranges::any_of(pieces, [&code](const std::wstring& piece) {
-        return MatchLcid(static_cast<LCID>(_wtoi(piece.c_str())), code);
-    });
+    for (const std::wstring& piece : pieces) {
+        // Only up to its first NUL. So the strings of the list behind the first one don't count, but for what follows a
+        // ";" in them: that is how Office's list has always been read here.
+        const auto lcid = static_cast<LCID>(_wtoi(piece.c_str()));
+        if (MatchLcid(lcid, code))
+            return true;
+    }
+    return false;
 }
 
 bool MatchLocaleName(std::wstring_view localeName, std::wstring& code) {

@@ -1,22 +1,30 @@
 #include "install/InstallationWorker.h"
 
-#include "app/ProcessState.h"
 #include "core/ComError.h"
+#include "core/Launch.h"
 #include "core/LocalizedStrings.h"
 #include "core/Log.h"
 #include "core/Unique.h"
 #include "install/AddinRepair.h"
 #include "install/OneNoteProcess.h"
 #include "install/Payload.h"
+#include "install/ScreenState.h"
 #include "install/SecureProtocols.h"
-#include "ui/ScreenState.h"
+#include "install/WorkerSignals.h"
+
+#include <chrono>
 
 namespace {
+
+using namespace std::chrono_literals;
+
+/// Always slept before the wait for the elevated installer.
+constexpr std::chrono::milliseconds StartUpTime = 1s;
 
 void PostState(ScreenStatus status) {
     if (UnattendedMode)
         return;
-    FillPendingScreenState(status);
+    PendingScreenState = ScreenStateOf(status, PendingScreenState.focusIndex);
     PostMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
 }
 
@@ -32,7 +40,7 @@ DWORD ExitCode(HANDLE process) {
 
 void AwaitSuccess(HANDLE installer) {
     Log(true) << L"Waiting for installer to finish";
-    Sleep(1000); // before every wait, on purpose
+    Sleep(static_cast<DWORD>(StartUpTime.count()));
     WaitForSingleObject(installer, INFINITE);
     const DWORD code = ExitCode(installer);
     if (code != 0) {
@@ -41,36 +49,36 @@ void AwaitSuccess(HANDLE installer) {
     }
 }
 
-/// Throws a `_com_error` on every failure.
-void InstallOnce() {
+/// `installer` becomes the process of the elevated installer. Throws a `_com_error` on every failure.
+void InstallOnce(UniqueHandle& installer) {
     if (!WaitForOneNoteToExit())
         ThrowWin32Error(ERROR_SHARING_VIOLATION);
     Log(true) << L"State: Installing - OneNote is not running, continuing with install";
     PostState(ScreenStatus::Installing);
 
-    // No owner: the handle of a pass that fails stays open, on purpose.
-    const HANDLE installer = ExtractAndRunInstaller();
-    AwaitSuccess(installer);
+    installer = ExtractAndRunInstaller();
+    AwaitSuccess(installer.Get());
     RepairAddinSettings();
     UpdateSecureProtocols(LR"(Software\Microsoft\Windows\CurrentVersion\Internet Settings)", true);
     UpdateSecureProtocols(LR"(Software\Policies\Microsoft\Windows\CurrentVersion\Internet Settings)", false);
 
     Log(true) << L"State: Complete";
     PostState(ScreenStatus::Completed);
-    UniqueHandle{installer}.Reset();
 }
 
 void ReportFailure(const _com_error& error) {
-    ErrorText = GetLocalizedString(StrInstallFailed) + L"\n\n" + ComErrorText(error);
-    Log(true) << L"ERROR: " << ErrorText;
+    SetErrorText(GetLocalizedString(StrInstallFailed) + L"\n\n" + ComErrorText(error));
+    Log(true) << L"ERROR: " << *ErrorText;
     PostState(ScreenStatus::Failed);
 }
 
 bool TryInstall() {
+    UniqueHandle installer;
     try {
-        InstallOnce();
+        InstallOnce(installer);
         return true;
     } catch (const _com_error& error) {
+        installer.Release(); // stays open: the failed process and its exit code can still be looked at
         ReportFailure(error);
         return false;
     }
@@ -80,7 +88,7 @@ bool TryInstall() {
 
 DWORD WINAPI InstallationWorker(void* /*context*/) {
     Log(true) << L"Begin processing";
-    CoInitialize(nullptr); // not balanced, on purpose: the apartment lasts as long as the thread
+    CoInitialize(nullptr); // never taken back: the apartment lasts as long as the thread
     for (;;) {
         const bool installed = TryInstall();
         if (UnattendedMode)

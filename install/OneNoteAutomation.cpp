@@ -1,7 +1,28 @@
 #include "install/OneNoteAutomation.h"
 
+namespace {
+
+using UnknownPtr = _com_ptr_t<_com_IIID<IUnknown, &IID_IUnknown>>;
+
+HRESULT QueryApplication(const UnknownPtr& object, OneNoteApplicationPtr& application) {
+    IApplication* found = nullptr;
+    const HRESULT result = object->QueryInterface(IID_IApplication, reinterpret_cast<void**>(&found));
+    if (SUCCEEDED(result))
+        application.Attach(found);
+    return result;
+}
+
+} // namespace
+
 HRESULT CreateOneNoteApplication(OneNoteApplicationPtr& application) {
-    return application.CreateInstance(CLSID_OneNoteApplication, nullptr, CLSCTX_ALL);
+    application = nullptr;
+    UnknownPtr object;
+    const HRESULT created = CoCreateInstance(CLSID_OneNoteApplication, nullptr, CLSCTX_ALL, IID_IUnknown,
+                                             reinterpret_cast<void**>(&object));
+    if (FAILED(created) || object == nullptr) // a server may answer success and give nothing
+        return created;
+    const HRESULT running = OleRun(object);
+    return SUCCEEDED(running) ? QueryApplication(object, application) : running;
 }
 
 OneNoteApplicationPtr ConnectToOneNote() {

@@ -78,8 +78,8 @@ using OneNoteWindowsPtr = _com_ptr_t<_com_IIID<IOneNoteWindows, &IID_IOneNoteWin
 using OneNoteApplicationPtr = _com_ptr_t<_com_IIID<IApplication, &IID_IApplication>>;
 
 /// Connects to OneNote, which COM starts when it is not running. On failure the HRESULT is returned
-/// (REGDB_E_CLASSNOTREG where desktop OneNote is absent) and `application` is null; what it held before is released in
-/// any case.
+/// (REGDB_E_CLASSNOTREG where desktop OneNote is absent) and `application` is null, as it is when a server answers
+/// success without an object; what it held before is released in any case.
 HRESULT CreateOneNoteApplication(OneNoteApplicationPtr& application);
 
 /// Throws the `_com_error` of a failed call, with the error information that `object` gave for its interface.

@@ -1,7 +1,7 @@
 #include "install/OneNoteProcess.h"
 
-#include "app/ProcessState.h"
 #include "core/ComError.h"
+#include "core/Launch.h"
 #include "core/Log.h"
 #include "install/OneNoteWindows.h"
 
@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cwctype>
 #include <span>
 #include <string>
@@ -42,8 +43,9 @@ std::wstring ImageName(HANDLE process) {
     return name;
 }
 
-bool HasEndedWithin(const UniqueHandle& process, DWORD seconds) {
-    return WaitForSingleObject(process.Get(), seconds * 1000) != WAIT_TIMEOUT;
+/// A wait that fails counts as the process's end.
+bool HasEndedWithin(const UniqueHandle& process, std::chrono::milliseconds limit) {
+    return WaitForSingleObject(process.Get(), static_cast<DWORD>(limit.count())) != WAIT_TIMEOUT;
 }
 
 /// False when the windows could not be asked.
@@ -76,9 +78,10 @@ UniqueHandle FindOneNoteProcess() {
 }
 
 bool WaitForOneNoteToExit() {
-    const DWORD baseWait = DelayOption ? 10 : 5; // seconds
+    using namespace std::chrono_literals;
+    const std::chrono::seconds baseWait = DelayOption ? 10s : 5s;
     Log(true) << L"Begin processing";
-    CoInitialize(nullptr); // not balanced, on purpose: the apartment lasts as long as the thread
+    CoInitialize(nullptr); // never taken back: the apartment lasts as long as the thread
     const UniqueHandle process = FindOneNoteProcess();
     if (!process)
         return true;
@@ -87,17 +90,17 @@ bool WaitForOneNoteToExit() {
     if (HasEndedWithin(process, baseWait))
         return true;
 
-    Log(true) << L"OneNote is still running after " << baseWait << L" seconds. Attempting to close windows";
-    // Short after a failure, on purpose: windows that were not asked to close won't.
-    const DWORD nextWait = TryCloseOneNoteWindows() ? 10 * baseWait : baseWait;
+    Log(true) << L"OneNote is still running after " << baseWait.count() << L" seconds. Attempting to close windows";
+    // Windows that were not asked to close won't: no long wait for them.
+    const std::chrono::seconds nextWait = TryCloseOneNoteWindows() ? 10 * baseWait : baseWait;
     if (HasEndedWithin(process, nextWait))
         return true;
 
-    Log(true) << L"OneNote is still running after " << nextWait << L" seconds. Attempting to terminate process";
+    Log(true) << L"OneNote is still running after " << nextWait.count() << L" seconds. Attempting to terminate process";
     TerminateProcess(process.Get(), 0);
     if (HasEndedWithin(process, nextWait))
         return true;
 
-    Log(true) << L"OneNote is still running after " << nextWait << L" seconds.";
+    Log(true) << L"OneNote is still running after " << nextWait.count() << L" seconds.";
     return false;
 }

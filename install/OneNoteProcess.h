@@ -8,8 +8,8 @@
 /// Throws a `_com_error` with E_UNEXPECTED when the processes can't be listed.
 UniqueHandle FindOneNoteProcess();
 
-/// Waits until the process that `FindOneNoteProcess` finds has ended: first just so, then after asking OneNote's
-/// windows to close, then after terminating it. 5 seconds, 50 and 50; twice that with `DelayOption`; the later waits
-/// are as short as the first when the windows can't be asked. True when the process has ended or there was none. Throws
-/// what `FindOneNoteProcess` throws. Initialises COM on the calling thread (single-threaded apartment).
+/// Waits until the process that `FindOneNoteProcess` finds has ended: 5 seconds for it to end by itself, 50 after
+/// asking OneNote's windows to close, 50 after terminating it. Each wait is twice as long with `DelayOption`; the later
+/// ones are as short as the first when the windows can't be asked. True when the process has ended or there was none.
+/// Throws what `FindOneNoteProcess` throws. Initialises COM on the calling thread (single-threaded apartment).
 bool WaitForOneNoteToExit();

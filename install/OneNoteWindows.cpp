@@ -26,7 +26,7 @@ void CloseOneNoteWindows() {
     const HWND desktop = GetDesktopWindow();
     for (const OneNoteWindowPtr& window : windows) {
         const HWND topLevel = GetAncestor(HandleOf(window), GA_ROOT);
-        if (topLevel != desktop) // a window that is gone has none: that message reaches nobody
+        if (topLevel != desktop) // null for a window that is gone; the message goes to this thread then, which drops it
             PostMessageW(topLevel, WM_CLOSE, 0, 0);
     }
 }

@@ -1,9 +1,10 @@
 #include "install/Payload.h"
 
-#include "app/ProcessState.h"
 #include "core/ComError.h"
+#include "core/Launch.h"
 #include "core/Log.h"
 #include "core/TempPath.h"
+#include "install/WorkerSignals.h"
 
 #include <shellapi.h>
 #include <shlwapi.h>
@@ -37,11 +38,11 @@ void ExtractPayload(const std::wstring& path) {
     SetLastError(ERROR_SUCCESS);
     Log(true) << L"    Writing to the given path";
     if (!WriteBytesToFile(path, payload))
-        ThrowWin32Error(GetLastError()); // without a code this is an error 0, on purpose
+        ThrowWin32Error(GetLastError()); // a file that was refused without a code fails the pass too, as error 0
     Log(true) << L"    Done.";
 }
 
-HANDLE RunElevated(const std::wstring& path) {
+UniqueHandle RunElevated(const std::wstring& path) {
     // The folder is not quoted, even with blanks in it: the elevated installer takes exactly this text.
     const std::wstring parameters = TempPath(L"") + L' ' + ConfigPath;
     SHELLEXECUTEINFOW execution{};
@@ -53,7 +54,7 @@ HANDLE RunElevated(const std::wstring& path) {
     execution.nShow = SW_HIDE;
     if (!ShellExecuteExW(&execution))
         ThrowWin32Error(GetLastError());
-    return execution.hProcess;
+    return UniqueHandle(execution.hProcess);
 }
 
 } // namespace
@@ -83,7 +84,7 @@ bool WriteBytesToFile(const std::wstring& path, std::span<const char> bytes) {
     return true;
 }
 
-HANDLE ExtractAndRunInstaller() {
+UniqueHandle ExtractAndRunInstaller() {
     EnsureFolder(TempPath(L"Vellumkit"));
     const std::wstring path = TempPath(LR"(Vellumkit\Vellumkit Installer.exe)");
     ExtractPayload(path);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <windows.h>
+#include "core/Unique.h"
 
 #include <span>
 #include <string>
@@ -8,10 +8,10 @@
 /// Writes the elevated installer, resource "FILE" 200 of `InstanceHandle`, to "Vellumkit\Vellumkit Installer.exe" in
 /// the temporary folder and starts it through the shell, which raises the elevation prompt. Its parameters are the
 /// temporary folder, a blank and `ConfigPath`. The file is overwritten by every call and never deleted.
-/// Returns the process handle, which the caller owns; null when the shell started no process. Throws a `_com_error`:
+/// Returns the handle of its process; none when the shell started no process. Throws a `_com_error`:
 /// `ErrorReadResource`, `ErrorTempFile` or the HRESULT of the Windows call that failed (0x800704C7 for a refused
 /// elevation prompt). The thread that runs the pass.
-HANDLE ExtractAndRunInstaller();
+UniqueHandle ExtractAndRunInstaller();
 
 /// Creates the folder unless it exists; its parent must. Throws a `_com_error` with the system's error code, or
 /// `ErrorTempFile` when there is none. Any thread.

@@ -4,61 +4,40 @@
 
 #include <objbase.h>
 
-#include <algorithm>
-#include <array>
 #include <memory>
 
 namespace {
 
-struct FontDescription {
-    const wchar_t* family;
-    float points;
-    INT style;
-};
+constexpr wchar_t Family[] = L"Segoe UI";
+constexpr float Points = 9;
 
-// The window uses the first one only.
-constexpr std::array<FontDescription, FontCount> Descriptions{{
-    {L"Segoe UI", 9, Gdiplus::FontStyleRegular},
-    {L"Segoe UI", 9, Gdiplus::FontStyleBold},
-    {L"Segoe UI", 9, Gdiplus::FontStyleUnderline},
-    {L"Segoe UI", 15, Gdiplus::FontStyleRegular},
-    {L"Marlett", 9, Gdiplus::FontStyleRegular},
-    {L"Consolas", 10, Gdiplus::FontStyleRegular},
-}};
+std::unique_ptr<Gdiplus::Font> StatusFontObject;
+HFONT ControlFontHandle = nullptr; // never deleted: the window has it to its end
 
-using FontPointer = std::unique_ptr<Gdiplus::Font>;
+std::unique_ptr<Gdiplus::Font> MakeFont(const Gdiplus::FontFamily* family) {
+    const auto pixels = static_cast<Gdiplus::REAL>(VerticalScale(Points));
+    return std::make_unique<Gdiplus::Font>(family, pixels, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel);
+}
 
-std::array<FontPointer, FontCount> Fonts;
-std::array<HFONT, FontCount> FontHandles; // never deleted: the window has them to its end
-
-FontPointer MakeFont(const FontDescription& description) {
-    const auto make = [&description](const Gdiplus::FontFamily* family) {
-        const auto pixels = static_cast<Gdiplus::REAL>(VerticalScale(description.points));
-        return std::make_unique<Gdiplus::Font>(family, pixels, description.style, Gdiplus::UnitPixel);
-    };
-    // The constructor that takes a name falls back to the generic family in one compiler's header, and not in
-    // another's.
-    const Gdiplus::FontFamily family(description.family);
-    auto font = make(family.GetLastStatus() == Gdiplus::Ok ? &family : Gdiplus::FontFamily::GenericSansSerif());
+/// Not by the constructor of Gdiplus::Font that takes a name: mingw-w64's falls back to the generic family, Microsoft's
+/// does not.
+std::unique_ptr<Gdiplus::Font> MakeStatusFont() {
+    const Gdiplus::FontFamily family(Family);
+    auto font = MakeFont(family.GetLastStatus() == Gdiplus::Ok ? &family : Gdiplus::FontFamily::GenericSansSerif());
     if (font->GetLastStatus() != Gdiplus::Ok)
-        font = make(Gdiplus::FontFamily::GenericSansSerif());
+        font = MakeFont(Gdiplus::FontFamily::GenericSansSerif());
     return font;
 }
 
-HFONT MakeHandle(const FontPointer& font, const Gdiplus::Graphics& screen) {
-    LOGFONTW description{}; // stays so for an empty font, and GDI chooses one
-    font->GetLogFontW(&screen, &description);
-    return CreateFontIndirectW(&description);
-}
-
-void MakeHandles() {
+HFONT MakeControlFont() {
     const HDC screen = GetDC(nullptr);
+    LOGFONTW description{}; // stays so for an empty font, and GDI chooses one
     {
         const Gdiplus::Graphics graphics(screen);
-        std::ranges::transform(Fonts, FontHandles.begin(),
-                               [&graphics](const FontPointer& font) { return MakeHandle(font, graphics); });
+        StatusFontObject->GetLogFontW(&graphics, &description);
     }
     ReleaseDC(nullptr, screen);
+    return CreateFontIndirectW(&description);
 }
 
 } // namespace
@@ -68,18 +47,14 @@ void StartGraphics() {
     ULONG_PTR token = 0;   // not kept: GDI+ is never shut down
     const Gdiplus::GdiplusStartupInput input;
     Gdiplus::GdiplusStartup(&token, &input, nullptr);
-    std::ranges::transform(Descriptions, Fonts.begin(), MakeFont);
-    MakeHandles();
+    StatusFontObject = MakeStatusFont();
+    ControlFontHandle = MakeControlFont();
 }
 
-const Gdiplus::Font& FontAt(std::size_t index) {
-    return *Fonts[index];
-}
-
-HFONT FontHandleAt(std::size_t index) {
-    return FontHandles[index];
+const Gdiplus::Font& StatusFont() {
+    return *StatusFontObject;
 }
 
 HFONT ControlFont() {
-    return FontHandleAt(0);
+    return ControlFontHandle;
 }

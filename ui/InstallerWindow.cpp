@@ -1,9 +1,10 @@
 #include "ui/InstallerWindow.h"
 
-#include "app/ProcessState.h"
+#include "core/Launch.h"
 #include "core/LocalizedStrings.h"
 #include "core/Product.h"
 #include "install/OneNoteStart.h"
+#include "install/WorkerSignals.h"
 #include "ui/Fonts.h"
 #include "ui/Painting.h"
 #include "ui/WindowLayout.h"
@@ -16,16 +17,16 @@ constexpr DWORD WindowStyle = WS_VISIBLE | WS_CLIPCHILDREN | WS_CAPTION | WS_SYS
 /// The control that had the focus when the window was last deactivated.
 HWND SavedFocus = nullptr;
 
-void ApplyButton(HWND button, bool enabled, const std::wstring& label, bool focused) {
+void ApplyButton(HWND button, bool enabled, const wchar_t* label, bool focused) {
     EnableWindow(button, enabled);
     ShowWindow(button, enabled ? SW_SHOW : SW_HIDE);
-    SetWindowTextW(button, label.c_str());
+    SetWindowTextW(button, label);
     if (focused && enabled)
         SetFocus(button);
 }
 
 void Retry() {
-    FillPendingScreenState(ScreenStatus::Checking);
+    PendingScreenState = ScreenStateOf(ScreenStatus::Checking, PendingScreenState.focusIndex);
     ApplyScreenState(PendingScreenState);
     SetEvent(ContinueEvent);
 }
@@ -122,8 +123,8 @@ void RegisterWindowClass() {
     RegisterClassExW(&description); // no background brush: the window paints every pixel
 }
 
-/// The outer rectangle, in the middle of the desktop.
-RECT WindowRectangle() {
+/// The window's place and outer size, in the middle of the desktop.
+Gdiplus::Rect WindowArea() {
     const Gdiplus::Rect client = ClientArea();
     RECT outer{0, 0, client.Width, client.Height};
     AdjustWindowRectEx(&outer, WindowStyle, FALSE, 0);
@@ -131,9 +132,7 @@ RECT WindowRectangle() {
     const LONG height = outer.bottom - outer.top;
     RECT desktop{};
     GetWindowRect(GetDesktopWindow(), &desktop);
-    const LONG left = (desktop.right - width - desktop.left) / 2;
-    const LONG top = (desktop.bottom - height - desktop.top) / 2;
-    return {left, top, left + width, top + height};
+    return {(desktop.right - width - desktop.left) / 2, (desktop.bottom - height - desktop.top) / 2, width, height};
 }
 
 void SetControlFont(HWND window) {
@@ -141,9 +140,8 @@ void SetControlFont(HWND window) {
 }
 
 HWND CreateButton(StringId caption, const Gdiplus::Rect& area) {
-    const HWND button =
-        CreateWindowExW(0, L"Button", GetLocalizedString(caption).c_str(), WS_CHILD | WS_TABSTOP, area.X, area.Y,
-                        area.Width, area.Height, MainWindow, nullptr, InstanceHandle, nullptr);
+    const HWND button = CreateWindowExW(0, L"Button", LocalizedText(caption), WS_CHILD | WS_TABSTOP, area.X, area.Y,
+                                        area.Width, area.Height, MainWindow, nullptr, InstanceHandle, nullptr);
     SetControlFont(button);
     return button;
 }
@@ -159,10 +157,9 @@ void ApplyScreenState(const ScreenState& state) {
 
 bool CreateInstallerWindow() {
     RegisterWindowClass();
-    const RECT outer = WindowRectangle();
-    MainWindow =
-        CreateWindowExW(0, WindowClass, L"Vellumkit", WindowStyle, outer.left, outer.top, outer.right - outer.left,
-                        outer.bottom - outer.top, nullptr, nullptr, InstanceHandle, nullptr);
+    const Gdiplus::Rect area = WindowArea();
+    MainWindow = CreateWindowExW(0, WindowClass, L"Vellumkit", WindowStyle, area.X, area.Y, area.Width, area.Height,
+                                 nullptr, nullptr, InstanceHandle, nullptr);
     if (MainWindow == nullptr)
         return false;
     SetControlFont(MainWindow);

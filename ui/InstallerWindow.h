@@ -1,8 +1,17 @@
 #pragma once
 
-#include "ui/ScreenState.h"
+#include "install/ScreenState.h"
 
 #include <windows.h>
+
+// The installer window and what it knows: the window's thread only. The handles live as long as the window.
+
+/// Its right button and its left one. Null while there is no window, and a button that could not be created.
+inline HWND PrimaryButton = nullptr;
+inline HWND SecondaryButton = nullptr;
+
+/// The status of the screen that was shown last.
+inline ScreenStatus CurrentStatus = ScreenStatus::Checking;
 
 /// Creates and shows `MainWindow`, and in it `PrimaryButton` and `SecondaryButton`, hidden until a state shows them.
 /// False when the window can't be created; a button that can't be is null. Main thread, after `StartGraphics` and

@@ -1,27 +1,35 @@
 #include "ui/Logo.h"
 
-#include "app/ProcessState.h"
 #include "ui/ResourceStream.h"
 
 #include <comdef.h>
 
-#include <memory>
-#include <new>
-
 namespace {
 
-using Memory = std::unique_ptr<void, decltype(&Gdiplus::DllExports::GdipFree)>;
+/// A bitmap that is null when there is no memory for it. GDI+'s own operator new answers null then, but is not declared
+/// noexcept: a compiler may go on to construct a bitmap there.
+class NullableBitmap final : public Gdiplus::Bitmap {
+public:
+    using Gdiplus::Bitmap::Bitmap;
+    static void* operator new(std::size_t size) noexcept { return Bitmap::operator new(size); }
+    static void operator delete(void* memory) { Bitmap::operator delete(memory); }
+};
+
 using StreamPtr = _com_ptr_t<_com_IIID<IStream, &IID_IStream>>;
+
+/// A stream over the logo; null when it lacks the interface. Throws for any other failure.
+StreamPtr OpenLogo() {
+    IUnknown* const logo = new ResourceStream; // never released: GDI+ may read it as long as the process lives
+    IStream* stream = nullptr;
+    const HRESULT result = logo->QueryInterface(IID_IStream, reinterpret_cast<void**>(&stream));
+    if (result == E_NOINTERFACE)
+        return nullptr;
+    _com_util::CheckError(result);
+    return {stream, false};
+}
 
 } // namespace
 
 void LoadLogo() {
-    // Allocated by hand: a constructor would run even on a null that the class's own operator new gives.
-    Memory memory(Gdiplus::DllExports::GdipAlloc(sizeof(Gdiplus::Bitmap)), Gdiplus::DllExports::GdipFree);
-    if (memory == nullptr)
-        return;
-    // The creator's reference is never released, on purpose: the stream lives as long as the process. Asking for the
-    // interface throws, or leaves the pointer null, which makes an empty bitmap.
-    const StreamPtr stream(static_cast<IUnknown*>(new ResourceStream));
-    LogoBitmap.reset(::new (memory.release()) Gdiplus::Bitmap(stream));
+    LogoBitmap.reset(new NullableBitmap(OpenLogo()));
 }

@@ -1,8 +1,8 @@
 #include "ui/Painting.h"
 
-#include "app/ProcessState.h"
 #include "core/LocalizedStrings.h"
 #include "ui/Fonts.h"
+#include "ui/Logo.h"
 #include "ui/WindowLayout.h"
 
 #include <string>
@@ -27,7 +27,7 @@ std::wstring StatusText(ScreenStatus status) {
     case ScreenStatus::Installing:
         return GetLocalizedString(StrInstalling);
     case ScreenStatus::Failed:
-        return ErrorText;
+        return ErrorText != nullptr ? *ErrorText : std::wstring();
     case ScreenStatus::Completed:
         return GetLocalizedString(StrInstallCompleted);
     }
@@ -45,7 +45,7 @@ void PaintScreen(Gdiplus::Graphics& surface, const std::wstring& text) {
     const Gdiplus::SolidBrush textBrush{Gdiplus::Color(Black)};
     const Gdiplus::StringFormat wrapped; // at word boundaries, from the left top, cut at the box
     surface.SetClip(StatusTextBox());    // as the format asks for; not every GDI+ does it in a bitmap
-    surface.DrawString(text.c_str(), static_cast<INT>(text.size()), &FontAt(0), AsRectF(StatusTextBox()), &wrapped,
+    surface.DrawString(text.c_str(), static_cast<INT>(text.size()), &StatusFont(), AsRectF(StatusTextBox()), &wrapped,
                        &textBrush);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/ScreenState.h"
+#include "install/ScreenState.h"
 
 #include <windows.h>
 

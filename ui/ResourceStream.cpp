@@ -52,7 +52,7 @@ HRESULT ResourceStream::Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* n
         target += position_;
     else if (origin == STREAM_SEEK_END)
         target += size_;
-    if (target < 0 || target > size_)
+    if (target < 0 || target > Limits::max() || target > size_)
         return E_FAIL;
     position_ = static_cast<std::uint32_t>(target);
     if (newPosition != nullptr)

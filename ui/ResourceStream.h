@@ -18,8 +18,8 @@ public:
     HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG count, ULONG* bytesRead) override;
     /// E_NOTIMPL.
     HRESULT STDMETHODCALLTYPE Write(const void* buffer, ULONG count, ULONG* bytesWritten) override;
-    /// E_FAIL, and no move, for a target before the start or behind the end, or a `move` beyond signed 32 bits. An
-    /// unknown `origin` counts from the start.
+    /// E_FAIL, and no move, for a target before the start or behind the end, or a `move` or target beyond signed 32
+    /// bits, also in an image that is larger than that. An unknown `origin` counts from the start.
     HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* newPosition) override;
     /// E_NOTIMPL.
     HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER size) override;

@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#include <cmath>
-
 namespace {
 
 float PixelsPerPoint(int capability) {
@@ -14,7 +12,7 @@ float PixelsPerPoint(int capability) {
 }
 
 int Rounded(float pixels) {
-    return static_cast<int>(std::floor(pixels + 0.5F));
+    return static_cast<int>(pixels + 0.5F); // truncates
 }
 
 } // namespace

@@ -7,9 +7,11 @@
 
 #include "app/DpiAwareness.h"
 #include "app/ErrorTexts.h"
-#include "app/ProcessState.h"
 #include "core/ComError.h"
+#include "core/Launch.h"
 #include "core/LocalizedStrings.h"
+#include "install/ScreenState.h"
+#include "install/WorkerSignals.h"
 #include "ui/Fonts.h"
 #include "ui/InstallerWindow.h"
 #include "ui/Logo.h"
@@ -41,9 +43,8 @@ void DispatchAll() {
 }
 
 void Show(const Screen& screen) {
-    ErrorText = GetLocalizedString(StrInstallFailed) + L"\n\n" + ComErrorText(_com_error(screen.error));
-    FillPendingScreenState(screen.status);
-    ApplyScreenState(PendingScreenState);
+    SetErrorText(GetLocalizedString(StrInstallFailed) + L"\n\n" + ComErrorText(_com_error(screen.error)));
+    ApplyScreenState(ScreenStateOf(screen.status, 0));
     DispatchAll();
     GdiFlush();
     Sleep(200); // what is drawn may reach the screen a little later

@@ -1,6 +1,6 @@
 #include "app/CommandLine.h"
 
-#include "app/ProcessState.h"
+#include "core/Launch.h"
 #include "tests/support/ImportPatch.h"
 
 #include <shellapi.h>

@@ -1,8 +1,8 @@
 #include "app/WorkerThread.h"
 
-#include "app/ProcessState.h"
 #include "core/Unique.h"
 #include "install/InstallationWorker.h"
+#include "install/WorkerSignals.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/Watchdog.h"
 

@@ -1,6 +1,6 @@
 #include "checks/BitnessPrompt.h"
 
-#include "app/ProcessState.h"
+#include "core/Launch.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
 
@@ -22,12 +22,8 @@ protected:
         Opened.clear();
         Result = S_OK;
         InstanceHandle = GetModuleHandleW(L"kernel32.dll"); // not the program's own
-        MainWindow = GetDesktopWindow();
     }
-    ~BitnessPrompt() override {
-        InstanceHandle = nullptr;
-        MainWindow = nullptr;
-    }
+    ~BitnessPrompt() override { InstanceHandle = nullptr; }
 
     static inline std::vector<int> Answers;
     struct Dialog {
@@ -89,7 +85,6 @@ TEST_F(BitnessPrompt, HasAnInstructionAndThreeCommandLinks) {
     // Every other field.
     TASKDIALOGCONFIG expected{};
     expected.cbSize = sizeof expected;
-    expected.hwndParent = GetDesktopWindow();
     expected.hInstance = GetModuleHandleW(L"kernel32.dll");
     expected.dwFlags = 0x11;
     expected.pszWindowTitle = config.pszWindowTitle;

@@ -1,6 +1,6 @@
 #include "checks/Requirements.h"
 
-#include "app/ProcessState.h"
+#include "core/Launch.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/Registry.h"

@@ -1,17 +1,18 @@
 #include "install/InstallationWorker.h"
 
 #include "app/ErrorTexts.h"
-#include "app/ProcessState.h"
 #include "core/ComError.h"
+#include "core/Launch.h"
 #include "core/LocalizedStrings.h"
 #include "core/TempPath.h"
 #include "core/Unique.h"
+#include "install/ScreenState.h"
+#include "install/WorkerSignals.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LabPrograms.h"
 #include "tests/support/Registry.h"
 #include "tests/support/Watchdog.h"
-#include "ui/ScreenState.h"
 
 #include <psapi.h>
 #include <shellapi.h>
@@ -34,7 +35,7 @@ protected:
         FillCustomErrorTexts();
         InstanceHandle = GetModuleHandleW(nullptr);
         UnattendedMode = true;
-        ErrorText.clear();
+        ErrorText = nullptr;
         Slept.clear();
         Installers.clear();
         SetInstallerExitCode(L"0");
@@ -96,7 +97,7 @@ TEST_F(Worker, ReturnsZeroWhenThePassSucceeds) {
     EXPECT_TRUE(HasLogged(L"Waiting for installer to finish"));
     EXPECT_TRUE(HasLogged(L"Updated to 2688"));
     EXPECT_EQ(std::ranges::count(log, L"Internet Security Settings"), 2);
-    EXPECT_TRUE(ErrorText.empty());
+    EXPECT_EQ(ErrorText, nullptr);
 }
 
 TEST_F(Worker, SleepsASecondBeforeItWaitsForTheInstaller) {
@@ -121,11 +122,11 @@ TEST_F(Worker, LeavesTheInstallersHandleOpenAfterAFailure) {
 TEST_F(Worker, TakesTheInstallersExitCodeForAnHresult) {
     SetInstallerExitCode(L"-100");
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
-    EXPECT_EQ(ErrorText, std::wstring(Failed) + L"Failed to read installation resource. (0xffffff9c)");
+    EXPECT_EQ(*ErrorText, std::wstring(Failed) + L"Failed to read installation resource. (0xffffff9c)");
     const Entries log = Logged();
     ASSERT_GE(log.size(), 2U);
     EXPECT_EQ(log[log.size() - 2], L"ERROR: Installer reported failure: 4294967196");
-    EXPECT_EQ(log.back(), L"ERROR: " + ErrorText);
+    EXPECT_EQ(log.back(), L"ERROR: " + *ErrorText);
     EXPECT_FALSE(HasLogged(L"State: Complete"));
 }
 
@@ -142,7 +143,7 @@ TEST_F(Worker, FailsWhenTheInstallersExitCodeCannotBeRead) {
     });
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
     EXPECT_TRUE(HasLogged(L"ERROR: Failed to get the process exit code: 5"));
-    EXPECT_TRUE(ErrorText.ends_with(L" (0x80070005)"));
+    EXPECT_TRUE(ErrorText->ends_with(L" (0x80070005)"));
 }
 
 TEST_F(Worker, FailsWhenTheUserRefusesElevation) {
@@ -151,7 +152,7 @@ TEST_F(Worker, FailsWhenTheUserRefusesElevation) {
         return FALSE;
     });
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
-    EXPECT_EQ(ErrorText, Failed + ComErrorText(_com_error(HRESULT_FROM_WIN32(ERROR_CANCELLED))));
+    EXPECT_EQ(*ErrorText, Failed + ComErrorText(_com_error(HRESULT_FROM_WIN32(ERROR_CANCELLED))));
 }
 
 TEST_F(Worker, FailsWhenTheProtocolsCannotBeUpdatedThoughTheInstallerSucceeded) {
@@ -160,14 +161,14 @@ TEST_F(Worker, FailsWhenTheProtocolsCannotBeUpdatedThoughTheInstallerSucceeded) 
                                                            LPSECURITY_ATTRIBUTES, PHKEY,
                                                            LPDWORD) -> LSTATUS { return ERROR_ACCESS_DENIED; });
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
-    EXPECT_TRUE(ErrorText.ends_with(L" (0x80070005)"));
+    EXPECT_TRUE(ErrorText->ends_with(L" (0x80070005)"));
 }
 
 TEST_F(Worker, FailsWhenTheProcessesCannotBeListed) {
     const ImportPatch<decltype(EnumProcesses)> list("K32EnumProcesses",
                                                     [](DWORD*, DWORD, DWORD*) -> BOOL { return FALSE; });
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
-    EXPECT_EQ(ErrorText, Failed + ComErrorText(_com_error(E_UNEXPECTED)));
+    EXPECT_EQ(*ErrorText, Failed + ComErrorText(_com_error(E_UNEXPECTED)));
 }
 
 TEST_F(Worker, FailsWhenTheFoundProgramSurvivesItsTermination) {
@@ -179,8 +180,8 @@ TEST_F(Worker, FailsWhenTheFoundProgramSurvivesItsTermination) {
                                                                 [](HANDLE, UINT) -> BOOL { return FALSE; });
         EXPECT_EQ(InstallationWorker(nullptr), 1U);
     }
-    EXPECT_EQ(ErrorText, Failed + SystemMessage(static_cast<HRESULT>(0x80070020)) + L" (0x80070020)");
-    EXPECT_EQ(Logged().back(), L"ERROR: " + ErrorText);
+    EXPECT_EQ(*ErrorText, Failed + SystemMessage(static_cast<HRESULT>(0x80070020)) + L" (0x80070020)");
+    EXPECT_EQ(Logged().back(), L"ERROR: " + *ErrorText);
     EXPECT_TRUE(Installers.empty());
 }
 
@@ -267,8 +268,8 @@ TEST_F(WindowedWorker, PostsInstallingAndCompleted) {
     AwaitPass();
     EXPECT_EQ(PendingScreenState.status, ScreenStatus::Completed);
     EXPECT_TRUE(PendingScreenState.primaryEnabled && PendingScreenState.secondaryEnabled);
-    EXPECT_EQ(PendingScreenState.primaryLabel, L"&Close");
-    EXPECT_EQ(PendingScreenState.secondaryLabel, L"&Start OneNote");
+    EXPECT_STREQ(PendingScreenState.primaryLabel, L"&Close");
+    EXPECT_STREQ(PendingScreenState.secondaryLabel, L"&Start OneNote");
     EXPECT_EQ(PendingScreenState.focusIndex, 1);
     EXPECT_EQ(End(), 0U);
     EXPECT_EQ(Installers.size(), 1U) << "one pass, and then a wait";
@@ -294,7 +295,8 @@ TEST_F(WindowedWorker, PostsInstallingWithoutButtonsAndLeavesTheFocusAlone) {
     EXPECT_EQ(WaitForSingleObject(WorkerDoneEvent, 30000), WAIT_OBJECT_0);
     EXPECT_EQ(installing.status, ScreenStatus::Installing);
     EXPECT_FALSE(installing.primaryEnabled || installing.secondaryEnabled);
-    EXPECT_TRUE(installing.primaryLabel.empty() && installing.secondaryLabel.empty());
+    EXPECT_STREQ(installing.primaryLabel, L"");
+    EXPECT_STREQ(installing.secondaryLabel, L"");
     EXPECT_EQ(installing.focusIndex, 7);
     End();
 }
@@ -306,10 +308,10 @@ TEST_F(WindowedWorker, PostsFailedWithTheErrorText) {
     EXPECT_EQ(PendingScreenState.status, ScreenStatus::Failed);
     EXPECT_TRUE(PendingScreenState.primaryEnabled);
     EXPECT_FALSE(PendingScreenState.secondaryEnabled);
-    EXPECT_EQ(PendingScreenState.primaryLabel, L"&Retry >");
-    EXPECT_EQ(PendingScreenState.secondaryLabel, L"");
+    EXPECT_STREQ(PendingScreenState.primaryLabel, L"&Retry >");
+    EXPECT_STREQ(PendingScreenState.secondaryLabel, L"");
     EXPECT_EQ(PendingScreenState.focusIndex, 0);
-    EXPECT_EQ(ErrorText,
+    EXPECT_EQ(*ErrorText,
               L"Installation failed:\n\nFailed to create temporary file. Make sure you have enough disk space "
               L"and then click Retry. (0xffffff9d)");
     EXPECT_EQ(End(), 0U);

@@ -1,7 +1,7 @@
 #include "install/OneNoteProcess.h"
 
-#include "app/ProcessState.h"
 #include "core/ComError.h"
+#include "core/Launch.h"
 #include "tests/support/ComApartment.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/FakeOneNote.h"

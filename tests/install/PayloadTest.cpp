@@ -1,9 +1,10 @@
 #include "install/Payload.h"
 
-#include "app/ProcessState.h"
 #include "core/ComError.h"
+#include "core/Launch.h"
 #include "core/TempPath.h"
 #include "core/Unique.h"
+#include "install/WorkerSignals.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LabPrograms.h"
@@ -151,7 +152,7 @@ TEST_F(ShellExecution, IsAskedForExactlyThis) {
     MainWindow = reinterpret_cast<HWND>(ULONG_PTR{0x1234});
     ConfigPath = L"C:\\my folder\\lab.ini";
     Process = reinterpret_cast<HANDLE>(ULONG_PTR{0x5678});
-    EXPECT_EQ(ExtractAndRunInstaller(), Process);
+    EXPECT_EQ(ExtractAndRunInstaller().Release(), Process);
     EXPECT_EQ(Asked.cbSize, 112U);
     EXPECT_EQ(Asked.fMask, 0x140U);
     EXPECT_EQ(Asked.hwnd, MainWindow);
@@ -175,7 +176,7 @@ TEST_F(ShellExecution, ThatTheUserRefusesLeavesTheFile) {
 }
 
 TEST_F(Payload, IsWrittenAsItIsAndRun) {
-    const UniqueHandle process(ExtractAndRunInstaller());
+    const UniqueHandle process = ExtractAndRunInstaller();
     EXPECT_EQ(WaitForSingleObject(process.Get(), 30000), WAIT_OBJECT_0);
     EXPECT_EQ(ReadBytes(File()), PayloadBytes());
     EXPECT_EQ(ReadEntries(TempPath(L"Vellumkit_Elev.log"))[0],

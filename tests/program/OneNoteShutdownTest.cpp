@@ -1,6 +1,7 @@
 // Installations while OneNote or Datebookery runs, unattended but for one. The waits are the real ones: a test that
 // needs a long one says so in its name.
 
+#include "install/ScreenState.h"
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/LabOneNote.h"
 #include "tests/support/LabPrograms.h"

@@ -1,5 +1,6 @@
 // The button Start OneNote of an installation that has completed, and OneNote in another process.
 
+#include "install/ScreenState.h"
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/LabOneNote.h"
 #include "tests/support/LabPrograms.h"

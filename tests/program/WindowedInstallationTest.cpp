@@ -1,6 +1,6 @@
 // Installations with a window, by a person with keyboard and mouse.
 
-#include "core/LocalizedStrings.h"
+#include "install/ScreenState.h"
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/LabOneNote.h"
 #include "tests/support/LabPrograms.h"

@@ -1,6 +1,7 @@
 #include "tests/support/InstallerScreen.h"
 
-#include "app/ProcessState.h"
+#include "core/LocalizedStrings.h"
+#include "install/ScreenState.h"
 #include "tests/support/Layouts.h"
 #include "tests/support/User.h"
 #include "tests/support/WaitUntil.h"
@@ -58,9 +59,8 @@ bool InstallerScreen::HasButtons(ScreenStatus status) const {
     // Before the first state is applied they are only hidden.
     if (status == ScreenStatus::Checking)
         return !IsWindowVisible(primary_) && !IsWindowVisible(secondary_);
-    FillPendingScreenState(status);
-    return HasCaption(primary_, PendingScreenState.primaryLabel) &&
-           HasCaption(secondary_, PendingScreenState.secondaryLabel);
+    const ScreenState state = ScreenStateOf(status, 0);
+    return HasCaption(primary_, state.primaryLabel) && HasCaption(secondary_, state.secondaryLabel);
 }
 
 void InstallerScreen::Await(ScreenStatus status) const {
@@ -74,7 +74,7 @@ void InstallerScreen::Await(ScreenStatus status) const {
 }
 
 void InstallerScreen::AwaitFailure(const std::wstring& errorText) const {
-    ErrorText = GetLocalizedString(StrInstallFailed) + L"\n\n" + errorText;
+    SetErrorText(GetLocalizedString(StrInstallFailed) + L"\n\n" + errorText);
     Await(ScreenStatus::Failed);
 }
 

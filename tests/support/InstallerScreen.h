@@ -1,7 +1,7 @@
 #pragma once
 
+#include "install/ScreenState.h"
 #include "tests/support/Program.h"
-#include "ui/ScreenState.h"
 
 #include <string>
 

@@ -1,6 +1,7 @@
 #include "tests/support/Layouts.h"
 
 #include <algorithm>
+#include <array>
 #include <cwchar>
 #include <iostream>
 
@@ -14,7 +15,7 @@ const Layout Layouts[] = {
      .text = {92, 14, 294, 132},
      .primary = {260, 167, 120, 26},
      .secondary = {135, 167, 120, 26},
-     .fonts = {12, 12, 12, 20, 12, 13}},
+     .font = 12},
     {.pixelsPerInch = 120,
      .client = {0, 0, 500, 250},
      .logo = {18, 18, 80, 80},
@@ -22,7 +23,7 @@ const Layout Layouts[] = {
      .text = {115, 18, 367, 165},
      .primary = {325, 209, 150, 33},
      .secondary = {169, 209, 150, 33},
-     .fonts = {15, 15, 15, 25, 15, 17}},
+     .font = 15},
     {.pixelsPerInch = 144,
      .client = {0, 0, 600, 300},
      .logo = {21, 21, 96, 96},
@@ -30,7 +31,7 @@ const Layout Layouts[] = {
      .text = {138, 21, 441, 198},
      .primary = {390, 250, 180, 39},
      .secondary = {202, 250, 180, 39},
-     .fonts = {18, 18, 18, 30, 18, 20}},
+     .font = 18},
     {.pixelsPerInch = 192,
      .client = {0, 0, 800, 400},
      .logo = {28, 28, 128, 128},
@@ -38,7 +39,7 @@ const Layout Layouts[] = {
      .text = {184, 28, 588, 264},
      .primary = {520, 334, 240, 52},
      .secondary = {270, 334, 240, 52},
-     .fonts = {24, 24, 24, 40, 24, 27}},
+     .font = 24},
 };
 
 int ScreenPixelsPerInch() {

@@ -4,7 +4,6 @@
 
 #include <gdiplus.h>
 
-#include <array>
 #include <ostream>
 
 /// The installer window in pixels, worked out by hand from its lengths in points.
@@ -16,8 +15,8 @@ struct Layout {
     Gdiplus::Rect text;
     Gdiplus::Rect primary;
     Gdiplus::Rect secondary;
-    /// The heights of the six fonts.
-    std::array<int, 6> fonts{};
+    /// The height of the font.
+    int font = 0;
 };
 
 /// The layout for the resolution that VELLUMKIT_DPI asks for (default: 96). Ends the program when it has no layout or

@@ -1,6 +1,6 @@
 #include "tests/support/Machine.h"
 
-#include "app/ProcessState.h"
+#include "core/Launch.h"
 #include "core/LocalizedStrings.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/InstallerScreen.h"

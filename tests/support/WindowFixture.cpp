@@ -1,7 +1,9 @@
 #include "tests/support/WindowFixture.h"
 
-#include "app/ProcessState.h"
+#include "core/Launch.h"
 #include "core/LocalizedStrings.h"
+#include "install/ScreenState.h"
+#include "install/WorkerSignals.h"
 #include "tests/support/Layouts.h"
 #include "tests/support/User.h"
 #include "ui/InstallerWindow.h"
@@ -22,7 +24,7 @@ void DispatchAll() {
 void WindowFixture::SetUp() {
     InstanceHandle = GetModuleHandleW(nullptr);
     LoadLocalizedStrings(L"en");
-    ErrorText = L"Some error";
+    SetErrorText(L"Some error");
     continue_.Reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
     ContinueEvent = continue_.Get();
     LoadLogo();
@@ -40,11 +42,11 @@ void WindowFixture::TearDown() {
     ContinueEvent = nullptr;
     PendingScreenState = {};
     CurrentStatus = ScreenStatus::Checking;
-    ErrorText.clear();
+    ErrorText = nullptr;
 }
 
 void WindowFixture::Show(ScreenStatus status) {
-    FillPendingScreenState(status);
+    PendingScreenState = ScreenStateOf(status, PendingScreenState.focusIndex);
     PostMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
     DispatchAll();
     EXPECT_EQ(CurrentStatus, status);

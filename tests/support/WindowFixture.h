@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/Unique.h"
+#include "install/ScreenState.h"
 #include "tests/support/ComApartment.h"
-#include "ui/ScreenState.h"
 
 #include <gtest/gtest.h>
 

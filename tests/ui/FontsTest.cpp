@@ -6,16 +6,12 @@
 #include <array>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace {
 
-struct FontCase {
-    const char* name;
-    std::size_t index;
-    INT style;
-};
-
-class Font : public testing::TestWithParam<FontCase> {};
+namespace flat = Gdiplus::DllExports;
 
 LOGFONTW DescriptionOf(HFONT font) {
     LOGFONTW description{};
@@ -23,12 +19,23 @@ LOGFONTW DescriptionOf(HFONT font) {
     return description;
 }
 
-namespace flat = Gdiplus::DllExports;
-
 std::wstring NameOf(const Gdiplus::FontFamily& family) {
     std::array<wchar_t, LF_FACESIZE> name{};
     family.GetFamilyName(name.data());
     return name.data();
+}
+
+std::wstring FamilyOf(const Gdiplus::Font& font) {
+    Gdiplus::FontFamily family;
+    font.GetFamily(&family);
+    return NameOf(family);
+}
+
+void ExpectRegularOfItsSize(const Gdiplus::Font& font) {
+    ASSERT_EQ(font.GetLastStatus(), Gdiplus::Ok);
+    EXPECT_EQ(font.GetSize(), static_cast<Gdiplus::REAL>(LayoutHere().font));
+    EXPECT_EQ(font.GetUnit(), Gdiplus::UnitPixel);
+    EXPECT_EQ(font.GetStyle(), Gdiplus::FontStyleRegular);
 }
 
 /// Starts graphics with replaced functions, and afterwards once more with the real ones.
@@ -41,8 +48,9 @@ protected:
     static inline std::vector<std::wstring> Recorded;
 };
 
-Gdiplus::GpStatus NoFamily(const WCHAR* /*name*/, Gdiplus::GpFontCollection* /*fonts*/,
+Gdiplus::GpStatus NoFamily(const WCHAR* name, Gdiplus::GpFontCollection* /*fonts*/,
                            Gdiplus::GpFontFamily** /*family*/) {
+    EXPECT_STREQ(name, L"Segoe UI");
     return Gdiplus::FontFamilyNotFound;
 }
 
@@ -53,63 +61,23 @@ Gdiplus::GpStatus NoFont(const Gdiplus::GpFontFamily* /*family*/, Gdiplus::REAL 
 
 } // namespace
 
-TEST_P(Font, HasItsSizeAndStyleInPixels) {
-    const FontCase& item = GetParam();
-    const Gdiplus::Font& font = FontAt(item.index);
-    ASSERT_EQ(font.GetLastStatus(), Gdiplus::Ok);
-    EXPECT_EQ(font.GetSize(), static_cast<Gdiplus::REAL>(LayoutHere().fonts.at(item.index)));
-    EXPECT_EQ(font.GetUnit(), Gdiplus::UnitPixel);
-    EXPECT_EQ(font.GetStyle(), item.style);
+TEST_F(Fonts, AreRegularAndOfNinePoints) {
+    ExpectRegularOfItsSize(StatusFont());
 }
 
-TEST_P(Font, HasTheSameHandleForGdi) {
-    const FontCase& item = GetParam();
-    const LOGFONTW description = DescriptionOf(FontHandleAt(item.index));
-    EXPECT_EQ(description.lfHeight, -LayoutHere().fonts.at(item.index));
-    EXPECT_EQ(description.lfWeight, (item.style & Gdiplus::FontStyleBold) != 0 ? FW_BOLD : FW_NORMAL);
-    EXPECT_EQ(description.lfUnderline != 0, (item.style & Gdiplus::FontStyleUnderline) != 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(, Font,
-                         testing::Values(FontCase{"OfText", 0, Gdiplus::FontStyleRegular},
-                                         FontCase{"Bold", 1, Gdiplus::FontStyleBold},
-                                         FontCase{"Underlined", 2, Gdiplus::FontStyleUnderline},
-                                         FontCase{"Large", 3, Gdiplus::FontStyleRegular},
-                                         FontCase{"OfSigns", 4, Gdiplus::FontStyleRegular},
-                                         FontCase{"OfFixedWidth", 5, Gdiplus::FontStyleRegular}),
-                         [](const auto& item) { return item.param.name; });
-
-TEST_F(Fonts, AreSixAndTheFirstIsTheControlFont) {
-    EXPECT_EQ(FontCount, 6U);
-    EXPECT_NE(ControlFont(), nullptr);
-    EXPECT_EQ(ControlFont(), FontHandleAt(0));
-}
-
-TEST_F(Fonts, AreOfTheseFamiliesInThisOrder) {
-    const ImportPatch<decltype(flat::GdipCreateFontFamilyFromName)> create(
-        "GdipCreateFontFamilyFromName",
-        [](const WCHAR* name, Gdiplus::GpFontCollection* fonts, Gdiplus::GpFontFamily** family) {
-            Recorded.emplace_back(name);
-            return NoFamily(name, fonts, family);
-        });
-    StartGraphics();
-    EXPECT_EQ(Recorded,
-              (std::vector<std::wstring>{L"Segoe UI", L"Segoe UI", L"Segoe UI", L"Segoe UI", L"Marlett", L"Consolas"}));
+TEST_F(Fonts, HaveTheSameFaceForGdi) {
+    const LOGFONTW description = DescriptionOf(ControlFont());
+    EXPECT_EQ(description.lfFaceName, FamilyOf(StatusFont()));
+    EXPECT_EQ(description.lfHeight, -LayoutHere().font);
+    EXPECT_EQ(description.lfWeight, FW_NORMAL);
+    EXPECT_FALSE(description.lfItalic || description.lfUnderline || description.lfStrikeOut);
 }
 
 TEST_F(Fonts, AreOfTheGenericFamilyAtTheSameSizeAndStyleWhereTheirOwnIsMissing) {
     const ImportPatch<decltype(flat::GdipCreateFontFamilyFromName)> create("GdipCreateFontFamilyFromName", NoFamily);
     StartGraphics();
-    for (std::size_t index = 0; index < FontCount; ++index) {
-        const Gdiplus::Font& font = FontAt(index);
-        ASSERT_EQ(font.GetLastStatus(), Gdiplus::Ok);
-        EXPECT_EQ(font.GetSize(), static_cast<Gdiplus::REAL>(LayoutHere().fonts.at(index)));
-        Gdiplus::FontFamily family;
-        font.GetFamily(&family);
-        EXPECT_EQ(NameOf(family), NameOf(*Gdiplus::FontFamily::GenericSansSerif()));
-    }
-    EXPECT_EQ(FontAt(1).GetStyle(), Gdiplus::FontStyleBold);
-    EXPECT_EQ(FontAt(2).GetStyle(), Gdiplus::FontStyleUnderline);
+    ExpectRegularOfItsSize(StatusFont());
+    EXPECT_EQ(FamilyOf(StatusFont()), NameOf(*Gdiplus::FontFamily::GenericSansSerif()));
 }
 
 TEST_F(Fonts, AreTriedOnceMoreWithTheGenericFamilyWhenTheyCannotBeMade) {
@@ -121,21 +89,19 @@ TEST_F(Fonts, AreTriedOnceMoreWithTheGenericFamilyWhenTheyCannotBeMade) {
             std::array<wchar_t, LF_FACESIZE> name{};
             flat::GdipGetFamilyName(family, name.data(), LANG_NEUTRAL);
             Recorded.emplace_back(name.data());
-            return Recorded.size() % 2 != 0 ? NoFont(family, size, style, unit, font)
-                                            : original(family, size, style, unit, font);
+            return Recorded.size() == 1 ? NoFont(family, size, style, unit, font)
+                                        : original(family, size, style, unit, font);
         });
     StartGraphics();
-    ASSERT_EQ(Recorded.size(), 2 * FontCount);
-    for (std::size_t second = 1; second < Recorded.size(); second += 2)
-        EXPECT_EQ(Recorded[second], NameOf(*Gdiplus::FontFamily::GenericSansSerif()));
-    EXPECT_EQ(FontAt(0).GetLastStatus(), Gdiplus::Ok);
+    ASSERT_EQ(Recorded.size(), 2U);
+    EXPECT_EQ(Recorded[1], NameOf(*Gdiplus::FontFamily::GenericSansSerif()));
+    EXPECT_EQ(StatusFont().GetLastStatus(), Gdiplus::Ok);
 }
 
 TEST_F(Fonts, AreEmptyAndKeepTheirFailureWhenTheGenericFamilyFailsToo) {
     const ImportPatch<decltype(flat::GdipCreateFont)> create("GdipCreateFont", NoFont);
     StartGraphics();
-    for (std::size_t index = 0; index < FontCount; ++index)
-        EXPECT_NE(FontAt(index).GetLastStatus(), Gdiplus::Ok);
+    EXPECT_EQ(StatusFont().GetLastStatus(), Gdiplus::FontStyleNotFound);
 }
 
 TEST_F(Fonts, GetAHandleFromAnUnfilledDescriptionWhenItCannotBeHad) {
@@ -148,12 +114,11 @@ TEST_F(Fonts, GetAHandleFromAnUnfilledDescriptionWhenItCannotBeHad) {
         return static_cast<HFONT>(nullptr);
     });
     StartGraphics();
-    ASSERT_EQ(descriptions.size(), FontCount);
+    ASSERT_EQ(descriptions.size(), 1U);
     const LOGFONTW unfilled{};
-    for (const LOGFONTW& description : descriptions)
-        EXPECT_EQ(std::memcmp(&description, &unfilled, sizeof description), 0);
+    EXPECT_EQ(std::memcmp(descriptions.data(), &unfilled, sizeof unfilled), 0);
     EXPECT_EQ(ControlFont(), nullptr);
-    EXPECT_EQ(FontAt(0).GetLastStatus(), Gdiplus::GenericError);
+    EXPECT_EQ(StatusFont().GetLastStatus(), Gdiplus::GenericError);
 }
 
 TEST_F(Fonts, AreMadeWithGraphicsStartedByDefault) {
@@ -175,5 +140,5 @@ TEST_F(Fonts, AreMadeWithGraphicsStartedByDefault) {
     EXPECT_FALSE(input.SuppressBackgroundThread);
     EXPECT_FALSE(input.SuppressExternalCodecs);
     EXPECT_FALSE(withOutput);
-    EXPECT_EQ(FontAt(0).GetLastStatus(), Gdiplus::Ok);
+    EXPECT_EQ(StatusFont().GetLastStatus(), Gdiplus::Ok);
 }

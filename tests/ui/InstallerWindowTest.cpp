@@ -2,13 +2,14 @@
 
 #include "ui/InstallerWindow.h"
 
-#include "app/ProcessState.h"
-#include "core/LocalizedStrings.h"
+#include "install/ScreenState.h"
+#include "install/WorkerSignals.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/Layouts.h"
 #include "tests/support/LogText.h"
 #include "tests/support/WindowFixture.h"
+#include "ui/Logo.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "app/ProcessState.h"
+#include "install/WorkerSignals.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/WindowFixture.h"
 #include "ui/InstallerWindow.h"

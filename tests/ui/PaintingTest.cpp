@@ -2,8 +2,8 @@
 
 #include "ui/Painting.h"
 
-#include "app/ProcessState.h"
 #include "core/LocalizedStrings.h"
+#include "install/ScreenState.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/Layouts.h"
 #include "tests/support/Picture.h"
@@ -20,19 +20,19 @@ class Painting : public testing::Test {
 protected:
     void SetUp() override {
         LoadLocalizedStrings(L"en");
-        ErrorText = L"Some error";
+        SetErrorText(L"Some error");
         LoadLogo();
     }
     void TearDown() override {
         LogoBitmap.reset();
-        ErrorText.clear();
+        ErrorText = nullptr;
     }
 
     static Picture Paint(ScreenStatus status) { return PictureOf(*RenderScreen(status)); }
 
     /// The painted text of a failure.
     static Picture PaintText(const std::wstring& text) {
-        ErrorText = text;
+        SetErrorText(text);
         return Paint(ScreenStatus::Failed);
     }
 
@@ -174,7 +174,7 @@ TEST_F(Painting, HasNoTextForAnUnknownStatus) {
 
 TEST_F(Painting, BeginsItsTextAtTheLeftTopOfTheBox) {
     const Gdiplus::Rect drawn = DrawnText(PaintText(L"HHHH"));
-    const int line = 2 * layout_.fonts[0];
+    const int line = 2 * layout_.font;
     EXPECT_GE(drawn.X, layout_.text.X);
     EXPECT_LT(drawn.X, layout_.text.X + line / 2);
     EXPECT_GE(drawn.Y, layout_.text.Y);
@@ -202,7 +202,7 @@ TEST_F(Painting, WritesInTheFontOfTheWindowIntoTheBox) {
             return Gdiplus::GenericError; // which nobody checks
         });
     Paint(ScreenStatus::Checking);
-    EXPECT_EQ(size, static_cast<Gdiplus::REAL>(layout_.fonts[0]));
+    EXPECT_EQ(size, static_cast<Gdiplus::REAL>(layout_.font));
     EXPECT_EQ(style, Gdiplus::FontStyleRegular);
     EXPECT_EQ(Gdiplus::Rect(static_cast<INT>(box.X), static_cast<INT>(box.Y), static_cast<INT>(box.Width),
                             static_cast<INT>(box.Height)),
@@ -231,7 +231,7 @@ TEST_F(Painting, CutsTextThatIsTooLongAtTheBottomOfTheBox) {
     const Picture picture = PaintText(words);
     const Gdiplus::Rect drawn = DrawnText(picture);
     EXPECT_LE(drawn.GetBottom(), layout_.text.GetBottom());
-    EXPECT_GT(drawn.GetBottom(), layout_.text.GetBottom() - 2 * layout_.fonts[0]);
+    EXPECT_GT(drawn.GetBottom(), layout_.text.GetBottom() - 2 * layout_.font);
     EXPECT_TRUE(IsFilled(picture, layout_.band, LightGrey));
 }
 

@@ -58,7 +58,7 @@ Gdiplus::RectF MeasuredParagraph(const std::wstring& text, int width) {
         const Gdiplus::StringFormat wrapped;
         const Gdiplus::RectF box(0, 0, static_cast<Gdiplus::REAL>(width), 10000);
         EXPECT_EQ(
-            graphics.MeasureString(text.c_str(), static_cast<INT>(text.size()), &FontAt(0), box, &wrapped, &extent),
+            graphics.MeasureString(text.c_str(), static_cast<INT>(text.size()), &StatusFont(), box, &wrapped, &extent),
             Gdiplus::Ok);
     }
     ReleaseDC(nullptr, screen);

@@ -1,6 +1,8 @@
 // What the installer window is made of.
 
-#include "app/ProcessState.h"
+#include "core/Launch.h"
+#include "install/ScreenState.h"
+#include "install/WorkerSignals.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/Layouts.h"

@@ -1,7 +1,11 @@
-#include "ui/ScreenState.h"
+#include "install/ScreenState.h"
+
+#include "core/LocalizedStrings.h"
+#include "ui/InstallerWindow.h"
 
 #include <cstddef>
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace {
 
@@ -20,25 +24,9 @@ struct Screen {
 
 constexpr int FocusBefore = 7;
 
-class Screens : public testing::TestWithParam<Screen> {
-protected:
-    /// Everything differs from what any screen has.
-    void SetUp() override {
-        const bool primary = GetParam().primary != nullptr;
-        const bool secondary = GetParam().secondary != nullptr;
-        PendingScreenState = {GetParam().status == ScreenStatus::Failed ? ScreenStatus::Completed
-                                                                        : ScreenStatus::Failed,
-                              !primary,
-                              !secondary,
-                              L"old",
-                              L"old",
-                              FocusBefore};
-        LoadLocalizedStrings(GetParam().language);
-    }
-    void TearDown() override { PendingScreenState = {}; }
-};
+class Screens : public testing::TestWithParam<Screen> {};
 
-std::wstring Label(const wchar_t* caption) {
+const wchar_t* Label(const wchar_t* caption) {
     return caption != nullptr ? caption : L"";
 }
 
@@ -57,8 +45,8 @@ TEST(ScreenStates, HaveTheirFieldsInOrder) {
     EXPECT_EQ(offsetof(ScreenState, primaryEnabled), 4U);
     EXPECT_EQ(offsetof(ScreenState, secondaryEnabled), 5U);
     EXPECT_EQ(offsetof(ScreenState, primaryLabel), 8U);
-    EXPECT_EQ(offsetof(ScreenState, secondaryLabel), 8U + sizeof(std::wstring));
-    EXPECT_EQ(offsetof(ScreenState, focusIndex), 8U + 2 * sizeof(std::wstring));
+    EXPECT_EQ(offsetof(ScreenState, secondaryLabel), 16U);
+    EXPECT_EQ(offsetof(ScreenState, focusIndex), 24U);
     EXPECT_EQ(sizeof ScreenState::focusIndex, 4U);
 }
 
@@ -66,8 +54,8 @@ TEST(ScreenStates, AreCheckingWithoutButtonsAtStart) {
     EXPECT_EQ(PendingAtStart.status, ScreenStatus::Checking);
     EXPECT_FALSE(PendingAtStart.primaryEnabled);
     EXPECT_FALSE(PendingAtStart.secondaryEnabled);
-    EXPECT_EQ(PendingAtStart.primaryLabel, L"");
-    EXPECT_EQ(PendingAtStart.secondaryLabel, L"");
+    EXPECT_STREQ(PendingAtStart.primaryLabel, L"");
+    EXPECT_STREQ(PendingAtStart.secondaryLabel, L"");
     EXPECT_EQ(PendingAtStart.focusIndex, 0);
     EXPECT_EQ(StatusAtStart, ScreenStatus::Checking);
 }
@@ -89,17 +77,27 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& item) { return item.param.name; });
 
 TEST_P(Screens, HaveTheirButtonsAndFocus) {
-    FillPendingScreenState(GetParam().status);
-    EXPECT_EQ(PendingScreenState.status, GetParam().status);
-    EXPECT_EQ(PendingScreenState.primaryEnabled, GetParam().primary != nullptr);
-    EXPECT_EQ(PendingScreenState.secondaryEnabled, GetParam().secondary != nullptr);
-    EXPECT_EQ(PendingScreenState.primaryLabel, Label(GetParam().primary));
-    EXPECT_EQ(PendingScreenState.secondaryLabel, Label(GetParam().secondary));
-    EXPECT_EQ(PendingScreenState.focusIndex, GetParam().focusIndex);
+    LoadLocalizedStrings(GetParam().language);
+    const ScreenState state = ScreenStateOf(GetParam().status, FocusBefore);
+    EXPECT_EQ(state.status, GetParam().status);
+    EXPECT_EQ(state.primaryEnabled, GetParam().primary != nullptr);
+    EXPECT_EQ(state.secondaryEnabled, GetParam().secondary != nullptr);
+    EXPECT_STREQ(state.primaryLabel, Label(GetParam().primary));
+    EXPECT_STREQ(state.secondaryLabel, Label(GetParam().secondary));
+    EXPECT_EQ(state.focusIndex, GetParam().focusIndex);
 }
 
-TEST_P(Screens, AreShownLater) {
-    const ScreenStatus shown = CurrentStatus;
-    FillPendingScreenState(GetParam().status);
-    EXPECT_EQ(CurrentStatus, shown);
+TEST(FailureTexts, StayWhereTheyAreWhenAnotherOneIsSet) {
+    std::vector<const std::wstring*> texts;
+    std::vector<const wchar_t*> characters;
+    for (int number = 0; number < 1000; ++number) {
+        SetErrorText(L"Some error that is too long to stand in the string itself: " + std::to_wstring(number));
+        texts.push_back(ErrorText);
+        characters.push_back(ErrorText->c_str());
+    }
+    for (std::size_t number = 0; number < texts.size(); ++number) {
+        EXPECT_EQ(texts[number]->c_str(), characters[number]);
+        EXPECT_TRUE(texts[number]->ends_with(L": " + std::to_wstring(number)));
+    }
+    ErrorText = nullptr;
 }
