@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Holds the program's includes to the order of its floors: a file includes what stands on its own floor or below it, no
+# two files include each other, directly or through others, and only ui/ includes GDI+.
+#
+#   tests/includes.sh [ROOT]
+#
+# Names every include that breaks this, and fails.
+set -euo pipefail
+cd -- "${1:-$(dirname "${BASH_SOURCE[0]}")/..}" >/dev/null
+
+floors=(core checks install ui app) # from the lowest
+failed=0
+
+complain() {
+    echo "$*"
+    failed=1
+}
+
+# FILE:LINE:FLOOR/INCLUDED for every include of a project's file.
+includes_of() { # FLOOR
+    { grep -rn '^#include "' "$1" || true; } | sed 's/#include "\(.*\)".*/\1/'
+}
+
+below=
+for floor in "${floors[@]}"; do
+    [ -d "$floor" ] || complain "there is no folder $floor/"
+    below+=" $floor "
+    while IFS=: read -r file line included; do
+        [[ $below = *" ${included%%/*} "* ]] || complain "$file:$line includes $included, which stands above $floor/"
+    done < <(includes_of "$floor")
+    [ "$floor" = ui ] || while IFS=: read -r file line _; do
+        complain "$file:$line includes gdiplus.h outside ui/"
+    done < <(grep -rn '^#include <gdiplus\.h>' "$floor")
+done
+
+# tsort names the files of a circle.
+circles=$(for floor in "${floors[@]}"; do includes_of "$floor"; done | sed 's/:[0-9]*:/ /' | tsort 2>&1 >/dev/null) ||
+    complain "$circles"
+
+exit "$failed"
