@@ -19,8 +19,7 @@ std::unique_ptr<Gdiplus::Font> MakeFont(const Gdiplus::FontFamily* family) {
     return std::make_unique<Gdiplus::Font>(family, pixels, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel);
 }
 
-/// Not by the constructor of Gdiplus::Font that takes a name: mingw-w64's falls back to the generic family, Microsoft's
-/// does not.
+/// Not by the constructor that takes a name: it falls back to the generic family, but mingw-w64's does not.
 std::unique_ptr<Gdiplus::Font> MakeStatusFont() {
     const Gdiplus::FontFamily family(Family);
     auto font = MakeFont(family.GetLastStatus() == Gdiplus::Ok ? &family : Gdiplus::FontFamily::GenericSansSerif());

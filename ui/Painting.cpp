@@ -44,7 +44,7 @@ void PaintScreen(Gdiplus::Graphics& surface, const std::wstring& text) {
 
     const Gdiplus::SolidBrush textBrush{Gdiplus::Color(Black)};
     const Gdiplus::StringFormat wrapped; // at word boundaries, from the left top, cut at the box
-    surface.SetClip(StatusTextBox());    // as the format asks for; not every GDI+ does it in a bitmap
+    surface.SetClip(StatusTextBox());    // the format asks for it too, but Wine's GDI+ does not clip text in a bitmap
     surface.DrawString(text.c_str(), static_cast<INT>(text.size()), &StatusFont(), AsRectF(StatusTextBox()), &wrapped,
                        &textBrush);
 }
