@@ -8,8 +8,7 @@ bool StartWorkerThread() {
     WorkerDoneEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     if (ContinueEvent == nullptr || WorkerDoneEvent == nullptr)
         return false;
-    // Not checked: there is nothing to be done about it. Without a worker the window stays as it is, and the process
-    // after it.
+    // Not checked: without a worker the window stays as it is, and the process stays after the window is closed.
     QueueUserWorkItem(InstallationWorker, nullptr, WT_EXECUTEDEFAULT);
     return true;
 }

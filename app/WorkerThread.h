@@ -5,6 +5,6 @@
 /// checked; if it did not, `StopWorkerThread` would not return. Main thread, once `MainWindow` exists.
 bool StartWorkerThread();
 
-/// Tells the worker to end and waits for it without a limit, for as long as a pass takes that is under way. Main
-/// thread, after a `StartWorkerThread` that was true.
+/// Tells the worker to end and waits for it without a limit: a pass that is under way goes on to its end. Main thread,
+/// after `StartWorkerThread` has returned true.
 void StopWorkerThread();

@@ -8,7 +8,7 @@
 // live as long as the process. Main thread, after `StartGraphics`.
 
 /// Starts GDI+ and makes the fonts; without "Segoe UI" the generic sans-serif family takes its place. Initialises COM
-/// on the calling thread. Once. Reports no failure: with a font that could not be made nothing is drawn.
+/// on the calling thread. Called once. Reports no failure: with a font that could not be made nothing is drawn.
 void StartGraphics();
 
 /// The font of the status text. Empty, with its failure as last status, when it could not be made.

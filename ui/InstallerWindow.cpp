@@ -171,7 +171,7 @@ bool CreateInstallerWindow() {
 
 int RunMessageLoop() {
     MSG message{};
-    while (GetMessageW(&message, nullptr, 0, 0) != 0) { // a failure, -1, goes on
+    while (GetMessageW(&message, nullptr, 0, 0) != 0) { // -1, a failure, does not end the loop
         if (!IsDialogMessageW(MainWindow, &message)) {
             TranslateMessage(&message);
             DispatchMessageW(&message);

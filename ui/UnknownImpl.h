@@ -55,7 +55,7 @@ protected:
         return known ? static_cast<Interface*>(this) : nullptr;
     }
 
-    /// Whose count counts: this object, unless a derived class is part of an outer one.
+    /// The object whose reference count is used: this one, unless a derived class makes it a part of another.
     virtual IUnknown* ControllingObject() { return this; }
 
 private:
