@@ -29,8 +29,8 @@ struct LanguageEntry {
     std::wstring displayName;
 };
 
-/// The sixteen languages in the order in which a locale name is matched against them. Built by the first call, on the
-/// main thread during start-up.
+/// The languages of core/languages/languages.txt, in its order: that in which a locale name is matched against them.
+/// Built by the first call, on the main thread during start-up.
 const std::vector<LanguageEntry>& SupportedLanguages();
 
 /// Fills the table that `GetLocalizedString` reads with the texts of one of the `SupportedLanguages`, whose code is

@@ -1,11 +1,12 @@
 # shellcheck shell=bash disable=SC2034 # to be sourced
 # The languages of the window, in the lab.
 
-languages=(en zh-CN zh-TW cs nl fr de it nb pl pt-BR ru sk es tr mk)
-
-# The identifier by which Office names each.
-declare -A office_languages=([en]=1033 [zh-CN]=2052 [zh-TW]=1028 [cs]=1029 [nl]=1043 [fr]=1036 [de]=1031 [it]=1040
-    [nb]=1044 [pl]=1045 [pt-BR]=1046 [ru]=1049 [sk]=1051 [es]=3082 [tr]=1055 [mk]=1071)
+languages=()
+declare -A office_languages # the identifier by which Office names each
+while read -r code _ lcid _; do
+    languages+=("$code")
+    office_languages[$code]=$lcid
+done < <(grep -v '^#' "$(dirname "${BASH_SOURCE[0]}")/../core/languages/languages.txt")
 
 # The font that stands in for Segoe UI.
 font_of() { # LANGUAGE
