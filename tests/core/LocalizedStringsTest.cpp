@@ -51,6 +51,12 @@ std::wstring ReadCaption(std::wstring caption) {
     return caption;
 }
 
+/// How the texts of a language begin, in the order of the ids.
+struct TextBeginnings {
+    std::wstring_view code;
+    std::array<std::wstring_view, AllIds.size()> beginnings;
+};
+
 class EveryLanguage : public testing::TestWithParam<LanguageEntry> {
 protected:
     std::wstring Text(StringId id) const { return ::Text(GetParam().code, id); }
@@ -127,6 +133,74 @@ TEST(GermanTexts, AreExact) {
             L"Fehler beim Lesen aus der Installationsressource.", L"Prüfe Systemvoraussetzungen...",
             L"Die Installation des Vellumkit Add-Ins für OneNote ist abgeschlossen.", L"Installieren. Bitte warten...",
             L"OneNote oder Datebookery läuft gerade. Bitte schließen Sie beide bevor Sie weitermachen. Wenn Sie sie gerade geschlossen haben, warten Sie einen Moment und versuchen Sie es dann erneut."}));
+}
+
+TEST(TextsOfOtherLanguages, StandUnderTheirIds) {
+    const TextBeginnings languages[] = {
+        {L"cs",
+         {L"Zavřít", L"Získat &pomoc", L"Opakovat", L"&Spustit", L"Nepodařilo se vytvořit", L"Nepodařilo se zjistit",
+          L"Instalace se nezdařila", L"Nepodařilo se načíst", L"Kontrolují se požadavky", L"Instalace doplňku",
+          L"Probíhá instalace", L"Aplikace OneNote nebo Datebookery"}},
+        {L"nl",
+         {L"&Sluiten", L"&Hulp", L"&Opnieuw", L"OneNote s&tarten", L"Kan geen tijdelijk bestand",
+          L"Kan niet controleren", L"De installatie is mislukt", L"Kan de installatieresource", L"Systeemvereisten",
+          L"De installatie van de Vellumkit", L"Bezig met installeren", L"OneNote of Datebookery"}},
+        {L"fr",
+         {L"&Fermer", L"Obtenir de l'&aide", L"&Réessayer", L"&Lancer", L"Impossible de créer",
+          L"Impossible de vérifier", L"Échec", L"Impossible de lire", L"Vérification de la configuration",
+          L"L'installation du complément", L"Installation en cours", L"OneNote ou Datebookery"}},
+        {L"it",
+         {L"&Chiudi", L"&Ottieni assistenza", L"&Riprova", L"&Avvia", L"Impossibile creare", L"Impossibile verificare",
+          L"Installazione non riuscita", L"Impossibile leggere", L"Verifica dei requisiti",
+          L"L'installazione del componente", L"Installazione in corso", L"OneNote o Datebookery"}},
+        {L"nb",
+         {L"&Lukk", L"Få &hjelp", L"&Prøv på nytt", L"&Start", L"Kunne ikke opprette", L"Kunne ikke kontrollere",
+          L"Installasjonen mislyktes", L"Kunne ikke lese", L"Kontrollerer systemkravene",
+          L"Installasjonen av Vellumkit", L"Installerer", L"OneNote eller Datebookery"}},
+        {L"pl",
+         {L"&Zamknij", L"Uzyskaj po&moc", L"&Ponów próbę", L"&Uruchom", L"Nie można utworzyć", L"Nie można sprawdzić",
+          L"Instalacja nie powiodła się", L"Nie można odczytać", L"Sprawdzanie wymagań", L"Instalacja dodatku",
+          L"Trwa instalowanie", L"Program OneNote lub Datebookery"}},
+        {L"pt-BR",
+         {L"&Fechar", L"Obter &ajuda", L"&Tentar de novo", L"&Iniciar", L"Não foi possível criar",
+          L"Não foi possível verificar", L"Falha na instalação", L"Não foi possível ler", L"Verificando os requisitos",
+          L"A instalação do suplemento", L"Instalando", L"O OneNote ou o Datebookery"}},
+        {L"ru",
+         {L"&Закрыть", L"По&мощь", L"&Повторить", L"&Открыть", L"Не удалось создать", L"Не удалось проверить",
+          L"Не удалось выполнить установку", L"Не удалось прочитать", L"Проверка требований", L"Установка надстройки",
+          L"Выполняется установка", L"Запущено приложение OneNote или Datebookery"}},
+        {L"sk",
+         {L"&Zavrieť", L"Získať &pomoc", L"Skúsiť z&nova", L"&Spustiť", L"Nepodarilo sa vytvoriť",
+          L"Nepodarilo sa zistiť", L"Inštalácia zlyhala", L"Nepodarilo sa prečítať", L"Kontrolujú sa požiadavky",
+          L"Inštalácia doplnku", L"Prebieha inštalácia", L"Aplikácia OneNote alebo Datebookery"}},
+        {L"es",
+         {L"&Cerrar", L"Obtener &ayuda", L"&Reintentar", L"&Iniciar", L"No se pudo crear", L"No se pudo comprobar",
+          L"Error de instalación", L"No se pudo leer", L"Comprobando los requisitos", L"Se ha completado",
+          L"Instalando", L"OneNote o Datebookery"}},
+        {L"tr",
+         {L"&Kapat", L"&Yardım", L"Yeniden &Dene", L"OneNote'u &Başlat", L"Geçici dosya", L"OneNote'un çalışıp",
+          L"Yükleme başarısız", L"Yükleme kaynağı", L"Gereksinimler", L"OneNote için Vellumkit", L"Yükleniyor",
+          L"OneNote veya Datebookery"}},
+        {L"mk",
+         {L"&Затвори", L"Побарај по&мош", L"&Обиди се пак", L"&Отвори", L"Не може да се создаде",
+          L"Не може да се провери", L"Инсталирањето не успеа", L"Не може да се прочита", L"Се проверуваат",
+          L"Инсталирањето на додатокот", L"Се инсталира", L"Апликацијата OneNote или Datebookery"}},
+        {L"zh-CN",
+         {L"关闭", L"帮助", L"重试", L"启动", L"无法创建", L"无法检测", L"安装失败", L"无法读取", L"正在检查",
+          L"适用于", L"正在安装", L"OneNote 或 Datebookery"}},
+        {L"zh-TW",
+         {L"關閉", L"取得協助", L"重試", L"啟動", L"無法建立", L"無法確認", L"安裝失敗", L"無法讀取", L"正在檢查",
+          L"適用於", L"正在安裝", L"OneNote 或 Datebookery"}},
+    };
+    for (const auto& [code, beginnings] : languages) {
+        const Texts texts = TextsOf(code);
+        for (const StringId id : AllIds) {
+            for (const StringId other : AllIds)
+                EXPECT_EQ(texts[id].starts_with(beginnings[other]), id == other)
+                    << testing::PrintToString(texts[id]) << ' '
+                    << testing::PrintToString(std::wstring(beginnings[other]));
+        }
+    }
 }
 
 TEST(CzechTexts, HaveTwoCaptionsWithoutMnemonicAndATrailingBlank) {
