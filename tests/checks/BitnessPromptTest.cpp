@@ -1,6 +1,7 @@
 #include "checks/BitnessPrompt.h"
 
 #include "core/Launch.h"
+#include "core/Product.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
 
@@ -59,8 +60,8 @@ private:
     ImportPatch<decltype(ShellExecuteW)> shell_{"ShellExecuteW", Open};
 };
 
-const std::vector<std::wstring> Download{
-    L"https://www.vellumkit.example/downloadFile&fv=4.5.1&file=VellumkitInstaller.x86.exe"};
+const std::vector<std::wstring> Download{std::wstring(L"https://www.vellumkit.example/downloadFile&fv=") +
+                                         ProductVersion + L"&file=VellumkitInstaller.x86.exe"};
 const std::wstring Help = L"https://www.vellumkit.example/how-to/find-office-bitness";
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "checks/Requirements.h"
 
 #include "core/Launch.h"
+#include "core/Product.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/Registry.h"
@@ -61,7 +62,7 @@ TEST_F(Requirements, AreReportedBehindAHeadOfSixEntries) {
     Entries log = Logged();
     ASSERT_GT(log.size(), 7U);
     log.resize(7);
-    EXPECT_EQ(log, (Entries{L"Running 64-bit Installer on 64-bit Windows", L"Version 4.5.1",
+    EXPECT_EQ(log, (Entries{L"Running 64-bit Installer on 64-bit Windows", std::wstring(L"Version ") + ProductVersion,
                             L"Command line:  /config  \"a b\" \"\"", L"", L"Registry keys on the client:", L"",
                             L"ProgId for OneNote.Application"}));
 }

@@ -23,8 +23,6 @@ const std::wstring DownloadLink = L"Download 32-bit Vellumkit";
 const std::wstring ContinueLink = L"No I have 64-bit OneNote, continue 64-bit installation";
 const std::wstring HelpLink = L"Show me how to find which version of OneNote I have";
 
-const std::wstring DownloadAddress =
-    L"https://www.vellumkit.example/downloadFile&fv=4.5.1&file=VellumkitInstaller.x86.exe";
 const std::wstring HelpAddress = L"https://www.vellumkit.example/how-to/find-office-bitness";
 
 /// A dialog's visible buttons with their captions, from top to bottom.
@@ -95,6 +93,8 @@ protected:
         EXPECT_FALSE(std::filesystem::exists(Target()));
     }
 
+    const std::wstring DownloadAddress =
+        L"https://www.vellumkit.example/downloadFile&fv=" + Version() + L"&file=VellumkitInstaller.x86.exe";
     const LabOffice Office{L"click-to-run-32-bit"};
     const LabBrowser Browser{Temporary()};
 };

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <set>
+#include <sstream>
 
 namespace {
 
@@ -28,6 +29,12 @@ protected:
 std::string Lower(std::string text) {
     std::ranges::transform(text, text.begin(), [](char c) { return static_cast<char>(std::tolower(c)); });
     return text;
+}
+
+std::wstring VersionOf(DWORD upper, DWORD lower) {
+    std::wostringstream text;
+    text << HIWORD(upper) << L'.' << LOWORD(upper) << L'.' << HIWORD(lower) << L'.' << LOWORD(lower);
+    return text.str();
 }
 
 } // namespace
@@ -77,11 +84,11 @@ TEST_F(Executable, TellsItsVersionInExplorer) {
     UINT size = 0;
     ASSERT_TRUE(VerQueryValueW(data.data(), L"\\", &value, &size));
     const auto& fixed = *static_cast<const VS_FIXEDFILEINFO*>(value);
-    EXPECT_EQ(fixed.dwProductVersionMS, 0x00040005U);
-    EXPECT_EQ(fixed.dwProductVersionLS, 0x00010000U);
-    const std::pair<const wchar_t*, const wchar_t*> texts[] = {
-        {L"ProductVersion", L"4.5.1"},
-        {L"FileVersion", L"4.5.1"},
+    EXPECT_EQ(VersionOf(fixed.dwProductVersionMS, fixed.dwProductVersionLS), Version() + L".0");
+    EXPECT_EQ(VersionOf(fixed.dwFileVersionMS, fixed.dwFileVersionLS), Version() + L".0");
+    const std::pair<const wchar_t*, std::wstring> texts[] = {
+        {L"ProductVersion", Version()},
+        {L"FileVersion", Version()},
         {L"ProductName", L"Vellumkit"},
         {L"FileDescription", L"Vellumkit Installer"},
         {L"Comments", L"https://www.vellumkit.example"},
@@ -90,7 +97,7 @@ TEST_F(Executable, TellsItsVersionInExplorer) {
     for (const auto& [name, expected] : texts) {
         ASSERT_TRUE(
             VerQueryValueW(data.data(), (std::wstring(L"\\StringFileInfo\\040904B0\\") + name).c_str(), &value, &size));
-        EXPECT_STREQ(static_cast<const wchar_t*>(value), expected);
+        EXPECT_EQ(static_cast<const wchar_t*>(value), expected);
     }
 }
 

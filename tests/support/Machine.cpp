@@ -2,6 +2,7 @@
 
 #include "core/Launch.h"
 #include "core/LocalizedStrings.h"
+#include "core/Product.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/LabPrograms.h"
@@ -10,6 +11,7 @@
 #include "ui/Logo.h"
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <iomanip>
 #include <span>
@@ -21,6 +23,13 @@ namespace {
 
 void DeleteValue(const wchar_t* subkey, const wchar_t* name) {
     RegDeleteKeyValueW(HKEY_CURRENT_USER, subkey, name);
+}
+
+/// Empty unless the tests are to run with one.
+std::wstring OtherVersion() {
+    std::array<wchar_t, 32> setting{};
+    GetEnvironmentVariableW(L"VELLUMKIT_VERSION", setting.data(), static_cast<DWORD>(setting.size()));
+    return setting.data();
 }
 
 std::wstring Lines(std::span<const std::wstring> entries) {
@@ -61,7 +70,12 @@ void Machine::TearDown() {
 }
 
 fs::path Machine::FrontEnd() {
-    return ProgramFolder().parent_path() / "VellumkitInstaller.x64.exe";
+    return ProgramFolder().parent_path() / OtherVersion() / "VellumkitInstaller.x64.exe";
+}
+
+std::wstring Machine::Version() {
+    const std::wstring other = OtherVersion();
+    return other.empty() ? ProductVersion : other;
 }
 
 fs::path Machine::CopyFrontEnd() const {
@@ -115,6 +129,8 @@ void Machine::ExpectReport(const std::wstring& machine, const std::wstring& argu
     for (std::wstring& entry : expected) {
         if (entry.starts_with(L"Command line: "))
             entry = L"Command line: " + arguments;
+        else if (entry == L"Version …")
+            entry = L"Version " + Version();
         std::ranges::replace(entry, L'␀', L'\0'); // with which most values are stored
     }
     if (!whole)

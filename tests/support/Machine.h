@@ -16,8 +16,12 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    /// The front-end that the build made.
+    /// The front-end that the build made, or the one of another version: see `Version`.
     static std::filesystem::path FrontEnd();
+
+    /// The front-end's version: the product's, unless VELLUMKIT_VERSION names another one, which was built in the
+    /// folder of that name beside the front-end.
+    static std::wstring Version();
 
     /// A copy of the front-end in the test's folder, for a test that changes it.
     std::filesystem::path CopyFrontEnd() const;
