@@ -86,9 +86,8 @@ void RegisterText(const std::wstring& subkey, const wchar_t* name, const std::ws
 }
 
 std::vector<unsigned char> Bytes(const std::wstring& text) {
-    std::vector<unsigned char> bytes(text.size() * sizeof(wchar_t));
-    std::memcpy(bytes.data(), text.data(), bytes.size());
-    return bytes;
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
+    return {bytes, bytes + text.size() * sizeof(wchar_t)};
 }
 
 std::optional<StoredValue> GetValue(const wchar_t* subkey, const wchar_t* name) {
