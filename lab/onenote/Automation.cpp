@@ -1,28 +1,23 @@
 #include "lab/onenote/Automation.h"
 
-#include "lab/onenote/Behaviour.h"
-#include "lab/onenote/OpenWindows.h"
-#include "lab/onenote/Record.h"
-
 #include <OneNoteLibrary.h>
-
-#include <string>
+#include <comdef.h>
 
 namespace {
 
-bool Asked = false;
+_COM_SMARTPTR_TYPEDEF(ICreateErrorInfo, __uuidof(ICreateErrorInfo));
+_COM_SMARTPTR_TYPEDEF(IErrorInfo, __uuidof(IErrorInfo));
 
-/// To all objects together.
-unsigned References = 0;
-
-void OnReferenceReleased() {
-    if (--References == 0)
-        Record(L"No references");
-}
-
-/// What a client gets for an answer of `Behaviour`.
-HRESULT Result(HRESULT answer) {
-    return FAILED(answer) ? answer : S_OK;
+/// What a call comes to; its error information is set.
+Outcome Call(AutomatedOneNote& oneNote, const std::wstring& member, const std::wstring& arguments = L"") {
+    Outcome outcome = oneNote.OnCall(member, arguments);
+    if (!outcome.description.empty()) {
+        ICreateErrorInfoPtr error;
+        CreateErrorInfo(&error);
+        error->SetDescription(outcome.description.data()); // copied, not changed
+        SetErrorInfo(0, IErrorInfoPtr(error));
+    }
+    return outcome;
 }
 
 /// A COM object that lives as long as it is referred to. It begins with one reference, its maker's. Members that nobody
@@ -30,7 +25,7 @@ HRESULT Result(HRESULT answer) {
 template <typename Interface>
 class Object : public Interface, public ISupportErrorInfo {
 public:
-    Object() { ++References; }
+    explicit Object(AutomatedOneNote& oneNote) : OneNote(oneNote) { OneNote.AddReference(); }
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;
     virtual ~Object() = default;
@@ -47,14 +42,14 @@ public:
         return S_OK;
     }
     ULONG STDMETHODCALLTYPE AddRef() override {
-        ++References;
+        OneNote.AddReference();
         return ++references_;
     }
     ULONG STDMETHODCALLTYPE Release() noexcept override {
+        OneNote.ReleaseReference();
         const ULONG left = --references_;
         if (left == 0)
             delete this;
-        OnReferenceReleased();
         return left;
     }
     HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) override {
@@ -69,24 +64,27 @@ public:
         return E_NOTIMPL;
     }
 
+protected:
+    AutomatedOneNote& OneNote;
+
 private:
     ULONG references_ = 1;
 };
 
 /// Lack of memory ends the process: the callers let no exception out.
 template <typename T, typename... Arguments>
-T* Make(Arguments... arguments) {
-    return new T(arguments...);
+T* Make(AutomatedOneNote& oneNote, Arguments... arguments) {
+    return new T(oneNote, arguments...);
 }
 
 class WindowObject : public Object<Window> {
 public:
-    explicit WindowObject(HWND handle) : handle_(handle) {}
+    WindowObject(AutomatedOneNote& oneNote, HWND handle) : Object(oneNote), handle_(handle) {}
 
     HRESULT STDMETHODCALLTYPE get_WindowHandle(MIDL_uhyper* handle) noexcept override {
-        const HRESULT answer = Behaviour::OnCall(L"WindowHandle");
-        *handle = answer == S_OK ? reinterpret_cast<MIDL_uhyper>(handle_) : 0;
-        return Result(answer);
+        const Outcome outcome = Call(OneNote, L"WindowHandle");
+        *handle = outcome.IsSuccess() ? reinterpret_cast<MIDL_uhyper>(handle_) : 0;
+        return outcome.result;
     }
 
     HRESULT STDMETHODCALLTYPE get_CurrentPageId(BSTR*) override { return E_NOTIMPL; }
@@ -111,30 +109,35 @@ private:
 
 class WindowsObject : public Object<Windows> {
 public:
+    using Object::Object;
+
     HRESULT STDMETHODCALLTYPE get_Item(ULONG index, Window** window) noexcept override {
-        const HRESULT answer = Behaviour::OnCall(L"Item", L'(' + std::to_wstring(index) + L')');
-        const std::vector<HWND> windows = WindowsInOrder();
+        const Outcome outcome = Call(OneNote, L"Item", L'(' + std::to_wstring(index) + L')');
+        const std::vector<HWND> windows = OneNote.WindowsByIndex();
         *window = nullptr;
-        if (answer == S_OK && index >= windows.size())
+        if (!outcome.IsSuccess())
+            return outcome.result;
+        if (index >= windows.size())
             return E_INVALIDARG;
-        if (answer == S_OK)
-            *window = Make<WindowObject>(windows[index]);
-        return Result(answer);
+        *window = MakeWindow(windows[index]);
+        return S_OK;
     }
     HRESULT STDMETHODCALLTYPE get_Count(ULONG* count) noexcept override {
-        const HRESULT answer = Behaviour::OnCall(L"Count");
-        *count = answer == S_OK ? static_cast<ULONG>(WindowsInOrder().size()) : 0;
-        return Result(answer);
+        const Outcome outcome = Call(OneNote, L"Count");
+        *count = outcome.IsSuccess() ? static_cast<ULONG>(OneNote.WindowsByIndex().size()) : 0;
+        return outcome.result;
     }
     HRESULT STDMETHODCALLTYPE get_CurrentWindow(Window** window) noexcept override {
-        const HRESULT answer = Behaviour::OnCall(L"CurrentWindow");
-        HWND current = CurrentWindow();
-        *window = answer == S_OK && current != nullptr ? Make<WindowObject>(current) : nullptr;
-        return Result(answer);
+        const Outcome outcome = Call(OneNote, L"CurrentWindow");
+        *window = outcome.IsSuccess() ? MakeWindow(OneNote.CurrentWindow()) : nullptr;
+        return outcome.result;
     }
 
     // NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): the library's property is called _NewEnum
     HRESULT STDMETHODCALLTYPE get__NewEnum(IUnknown**) override { return E_NOTIMPL; }
+
+private:
+    Window* MakeWindow(HWND handle) const { return handle == nullptr ? nullptr : Make<WindowObject>(OneNote, handle); }
 };
 
 /// As the record shows it; a null text is none.
@@ -144,18 +147,27 @@ std::wstring Quoted(BSTR text) {
 
 class ApplicationObject : public Object<IApplication> {
 public:
+    using Object::Object;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        const Outcome outcome = iid == __uuidof(IApplication) ? OneNote.OnQueryApplication() : Outcome{};
+        if (outcome.IsSuccess())
+            return Object::QueryInterface(iid, object);
+        *object = nullptr;
+        return outcome.result;
+    }
     HRESULT STDMETHODCALLTYPE get_Windows(Windows** windows) noexcept override {
-        const HRESULT answer = Behaviour::OnCall(L"Windows");
-        *windows = answer == S_OK ? Make<WindowsObject>() : nullptr;
-        return Result(answer);
+        const Outcome outcome = Call(OneNote, L"Windows");
+        *windows = outcome.IsSuccess() ? Make<WindowsObject>(OneNote) : nullptr;
+        return outcome.result;
     }
     HRESULT STDMETHODCALLTYPE NavigateTo(BSTR hierarchyObject, BSTR object, VARIANT_BOOL newWindow) noexcept override {
-        const HRESULT answer =
-            Behaviour::OnCall(L"NavigateTo", L'(' + Quoted(hierarchyObject) + L", " + Quoted(object) + L", " +
-                                                 std::to_wstring(newWindow) + L')');
-        if (answer == S_OK && (newWindow != VARIANT_FALSE || WindowsInOrder().empty()))
-            OpenWindow();
-        return Result(answer);
+        const Outcome outcome =
+            Call(OneNote, L"NavigateTo",
+                 L'(' + Quoted(hierarchyObject) + L", " + Quoted(object) + L", " + std::to_wstring(newWindow) + L')');
+        if (outcome.IsSuccess())
+            OneNote.Navigate(newWindow != VARIANT_FALSE);
+        return outcome.result;
     }
 
     HRESULT STDMETHODCALLTYPE GetHierarchy(BSTR, LONG, BSTR*, LONG) override { return E_NOTIMPL; }
@@ -189,45 +201,28 @@ public:
     HRESULT STDMETHODCALLTYPE GetWebHyperlinkToObject(BSTR, BSTR, BSTR*) override { return E_NOTIMPL; }
 };
 
-/// Lives as long as the program, and is not counted: COM keeps references of its own to it.
-class Factory : public IClassFactory {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        const bool known = iid == IID_IClassFactory || iid == IID_IUnknown;
-        *object = known ? this : nullptr;
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** object) noexcept override {
-        *object = nullptr;
-        if (outer != nullptr)
-            return CLASS_E_NOAGGREGATION;
-        Asked = true;
-        const HRESULT answer = Behaviour::OnCall(L"CreateInstance");
-        if (answer != S_OK)
-            return Result(answer);
-        auto* const application = Make<ApplicationObject>();
-        const HRESULT result = application->QueryInterface(iid, object);
-        application->Release();
-        return result;
-    }
-    /// Locks nothing, on purpose: it ends when nobody uses it.
-    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
-};
-
 } // namespace
 
-IClassFactory* ClassObject() {
-    static Factory factory;
-    return &factory;
+HRESULT AutomatedOneNote::QueryInterface(REFIID iid, void** object) {
+    const bool known = iid == IID_IClassFactory || iid == IID_IUnknown;
+    *object = known ? this : nullptr;
+    return known ? S_OK : E_NOINTERFACE;
 }
 
-bool HadClients() {
-    return Asked;
+HRESULT AutomatedOneNote::CreateInstance(IUnknown* outer, REFIID iid, void** object) noexcept {
+    *object = nullptr;
+    if (outer != nullptr)
+        return CLASS_E_NOAGGREGATION;
+    const Outcome outcome = Call(*this, L"CreateInstance");
+    if (!outcome.IsSuccess())
+        return outcome.result;
+    auto* const application = Make<ApplicationObject>(*this);
+    const HRESULT result = application->QueryInterface(iid, object);
+    application->Release();
+    return result;
 }
 
-bool HasClients() {
-    return References != 0;
+void AutomatedOneNote::ReleaseReference() {
+    if (--references_ == 0)
+        OnLastReferenceReleased();
 }

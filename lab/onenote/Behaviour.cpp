@@ -1,20 +1,11 @@
 #include "lab/onenote/Behaviour.h"
 
-#include "lab/onenote/Record.h"
-
-#include <comdef.h>
-
 #include <array>
 #include <cstdlib>
-#include <map>
 
 namespace {
 
-_COM_SMARTPTR_TYPEDEF(ICreateErrorInfo, __uuidof(ICreateErrorInfo));
-_COM_SMARTPTR_TYPEDEF(IErrorInfo, __uuidof(IErrorInfo));
-
 std::wstring SettingsFile;
-std::map<std::wstring, unsigned> Calls;
 
 std::wstring Text(const wchar_t* name, const wchar_t* otherwise = L"") {
     std::array<wchar_t, 256> text{};
@@ -27,33 +18,10 @@ unsigned Number(const wchar_t* name, unsigned otherwise) {
     return GetPrivateProfileIntW(L"OneNote", name, static_cast<int>(otherwise), SettingsFile.c_str());
 }
 
-void SetErrorDescription(std::wstring description) {
-    if (description.empty())
-        return;
-    ICreateErrorInfoPtr error;
-    CreateErrorInfo(&error);
-    error->SetDescription(description.data()); // copied, not changed
-    SetErrorInfo(0, IErrorInfoPtr(error));
-}
-
-HRESULT MakeTrouble() {
-    const std::wstring trouble = Text(L"Trouble");
-    if (trouble == L"wait")
-        Sleep(Number(L"Milliseconds", 0));
-    if (trouble == L"end")
-        TerminateProcess(GetCurrentProcess(), 1);
-    if (trouble == L"null")
-        return S_FALSE;
-    if (trouble != L"fail")
-        return S_OK;
-    SetErrorDescription(Text(L"Description"));
-    return static_cast<HRESULT>(std::wcstoul(Text(L"Result", L"0x80004005").c_str(), nullptr, 16));
-}
-
 } // namespace
 
-void Behaviour::ReadFrom(const std::wstring& settingsFile) {
-    SettingsFile = settingsFile;
+void Behaviour::SetSettingsFile(const std::wstring& path) {
+    SettingsFile = path;
 }
 
 unsigned Behaviour::WindowsAtStart() {
@@ -71,9 +39,18 @@ Behaviour::Closing Behaviour::HowToClose() {
     return closing == L"ignore" ? Closing::Ignore : Closing::Obey;
 }
 
-HRESULT Behaviour::OnCall(const std::wstring& member, const std::wstring& arguments) {
-    Record(member + arguments);
-    const unsigned occurrence = ++Calls[member];
-    const bool meant = Text(L"Call") == member && occurrence == Number(L"Occurrence", 1);
-    return meant ? MakeTrouble() : S_OK;
+Outcome Behaviour::MakeTrouble(const std::wstring& member, unsigned occurrence) {
+    if (Text(L"Call") != member || Number(L"Occurrence", 1) != occurrence)
+        return {};
+    const std::wstring trouble = Text(L"Trouble");
+    if (trouble == L"wait")
+        Sleep(Number(L"Milliseconds", 0));
+    if (trouble == L"end")
+        TerminateProcess(GetCurrentProcess(), 1);
+    if (trouble == L"null")
+        return {Outcome::Kind::Null, S_OK, L""};
+    if (trouble != L"fail")
+        return {};
+    const unsigned long result = std::wcstoul(Text(L"Result", L"0x80004005").c_str(), nullptr, 16);
+    return {Outcome::Kind::Failure, static_cast<HRESULT>(result), Text(L"Description")};
 }

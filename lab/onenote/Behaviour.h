@@ -1,6 +1,6 @@
 #pragma once
 
-#include <windows.h>
+#include "lab/onenote/Outcome.h"
 
 #include <string>
 
@@ -11,16 +11,15 @@ namespace Behaviour {
 /// What a window does when it is asked to close (WM_CLOSE).
 enum class Closing { Obey, Ask, Ignore };
 
-/// `settingsFile` is a whole path; without such a file everything is as usual. Comes before all others.
-void ReadFrom(const std::wstring& settingsFile);
+/// A whole path; without such a file everything is as usual. Comes before all others.
+void SetSettingsFile(const std::wstring& path);
 
 unsigned WindowsAtStart();
 bool HasFrames();
 Closing HowToClose();
 
-/// Records a client's call and makes the trouble that the settings want of it: takes its time, or ends the process.
-/// Returns what the client shall get: S_OK for what it asked for, S_FALSE for S_OK and nothing, or a failure, whose
-/// error information is set.
-HRESULT OnCall(const std::wstring& member, const std::wstring& arguments = L"");
+/// Makes the trouble that the settings want of a client's call, the `occurrence`th to that member, counted from 1:
+/// takes its time, ends the process, or returns another outcome than success.
+Outcome MakeTrouble(const std::wstring& member, unsigned occurrence);
 
 } // namespace Behaviour

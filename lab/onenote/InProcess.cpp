@@ -3,9 +3,7 @@
 // NavigateTo opens here.
 
 #include "core/TempPath.h"
-#include "lab/onenote/Automation.h"
-#include "lab/onenote/Behaviour.h"
-#include "lab/onenote/Record.h"
+#include "lab/onenote/ConfiguredOneNote.h"
 
 #include <OneNoteLibrary.h>
 
@@ -13,7 +11,6 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
     *object = nullptr;
     if (clsid != __uuidof(Application) && clsid != __uuidof(Application2))
         return CLASS_E_CLASSNOTAVAILABLE;
-    Behaviour::ReadFrom(TempPath(L"lab.ini"));
-    RecordBeside(TempPath(L"lab.ini"));
-    return ClassObject()->QueryInterface(iid, object);
+    static ConfiguredOneNote oneNote(TempPath(L"lab.ini"));
+    return oneNote.QueryInterface(iid, object);
 }

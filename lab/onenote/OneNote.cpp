@@ -10,8 +10,8 @@
 
 #include "core/TempPath.h"
 #include "core/Unique.h"
-#include "lab/onenote/Automation.h"
 #include "lab/onenote/Behaviour.h"
+#include "lab/onenote/ConfiguredOneNote.h"
 #include "lab/onenote/OpenWindows.h"
 #include "lab/onenote/Record.h"
 #include "lab/onenote/Registration.h"
@@ -54,12 +54,12 @@ Options ReadOptions() {
     return options;
 }
 
-void DispatchUntilUnused() {
+void DispatchUntilUnused(const ConfiguredOneNote& oneNote) {
     const bool hadWindows = HasWindows();
     MSG message{};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         DispatchMessageW(&message); // calls of clients are messages too
-        if ((hadWindows || HadClients()) && !HasWindows() && !HasClients())
+        if ((hadWindows || oneNote.WasCalled()) && !HasWindows() && oneNote.References() == 0)
             return;
     }
 }
@@ -74,21 +74,22 @@ using UniqueClassRegistration = Unique<ClassRegistrationTraits>;
 
 /// Nothing for a OneNote that is not registered: Windows would let it serve clients, and the tests need one that does
 /// not.
-UniqueClassRegistration Serve(const CLSID& automation) {
+UniqueClassRegistration Serve(ConfiguredOneNote& oneNote, const CLSID& automation) {
     UniqueClassRegistration registration;
     if (IsRegistered())
-        _com_util::CheckError(CoRegisterClassObject(automation, ClassObject(), CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
+        _com_util::CheckError(CoRegisterClassObject(automation, &oneNote, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
                                                     registration.Receive()));
     return registration;
 }
 
-void ServeUntilUnused(bool byHand) {
-    const UniqueClassRegistration application = Serve(__uuidof(Application));
-    const UniqueClassRegistration application2 = Serve(__uuidof(Application2));
+void ServeUntilUnused(const std::wstring& settings, bool byHand) {
+    static ConfiguredOneNote oneNote(settings); // COM may keep references to the class object until it is uninitialised
+    const UniqueClassRegistration application = Serve(oneNote, __uuidof(Application));
+    const UniqueClassRegistration application2 = Serve(oneNote, __uuidof(Application2));
     for (unsigned left = byHand ? Behaviour::WindowsAtStart() : 0; left != 0; --left)
         OpenWindow();
     Record(byHand ? L"Started" : L"Started by COM");
-    DispatchUntilUnused();
+    DispatchUntilUnused(oneNote);
 }
 
 void Perform(const Options& options) {
@@ -100,9 +101,7 @@ void Perform(const Options& options) {
         UnregisterOneNote();
         break;
     default:
-        Behaviour::ReadFrom(options.settings);
-        RecordBeside(options.settings);
-        ServeUntilUnused(options.task == Task::Run);
+        ServeUntilUnused(options.settings, options.task == Task::Run);
         Record(L"Ended");
         break;
     }

@@ -8,8 +8,8 @@ std::filesystem::path File;
 
 } // namespace
 
-void RecordBeside(const std::filesystem::path& settingsFile) {
-    File = settingsFile.parent_path() / "onenote.log";
+void SetRecordFile(const std::filesystem::path& path) {
+    File = path;
 }
 
 void Record(const std::wstring& line) {
