@@ -3,6 +3,8 @@
 #include <OneNoteLibrary.h>
 #include <comdef.h>
 
+#include <cstring>
+
 namespace {
 
 _COM_SMARTPTR_TYPEDEF(ICreateErrorInfo, __uuidof(ICreateErrorInfo));
@@ -31,10 +33,12 @@ public:
     virtual ~Object() = default;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        IID wanted{};
+        std::memcpy(&wanted, &iid, sizeof wanted); // Wine's stub may refer to one that is not aligned
         *object = nullptr;
-        if (iid == __uuidof(Interface) || iid == IID_IDispatch || iid == IID_IUnknown)
+        if (wanted == __uuidof(Interface) || wanted == IID_IDispatch || wanted == IID_IUnknown)
             *object = static_cast<Interface*>(this);
-        else if (iid == IID_ISupportErrorInfo)
+        else if (wanted == IID_ISupportErrorInfo)
             *object = static_cast<ISupportErrorInfo*>(this);
         else
             return E_NOINTERFACE;
