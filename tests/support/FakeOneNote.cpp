@@ -101,13 +101,14 @@ private:
     }
 };
 
-class FakeApplication : public DualObject<IApplication> {
+class FakeApplication : public DualObject<IOneNoteApplication> {
 public:
-    explicit FakeApplication(FakeOneNote& oneNote) : DualObject(oneNote, IID_IApplication) {}
+    explicit FakeApplication(FakeOneNote& oneNote) : DualObject(oneNote, IID_IOneNoteApplication) {}
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
         const HRESULT answer = OneNote.Answer(FakeOneNote::Call::QueryApplication);
-        if (iid != IID_IApplication || (SUCCEEDED(answer) && OneNote.Null != FakeOneNote::Call::QueryApplication))
+        if (iid != IID_IOneNoteApplication ||
+            (SUCCEEDED(answer) && OneNote.Null != FakeOneNote::Call::QueryApplication))
             return DualObject::QueryInterface(iid, object);
         *object = nullptr;
         return answer;
