@@ -247,7 +247,7 @@ TEST_F(OneNoteSearch, ThatFailsEndsTheWaitWithItsError) {
 
 TEST_F(OneNoteWait, EndsWithTheFirstWaitAndTouchesNoWindow) {
     oneNote_.Register();
-    oneNote_.Fail(FakeOneNote::Call::CreateInstance, E_FAIL); // would be logged
+    oneNote_.Fail({L"CreateInstance"}, E_FAIL); // would be logged
     EXPECT_TRUE(WaitWithResults({WAIT_OBJECT_0}));
     EXPECT_EQ(Waits, std::vector<DWORD>{5000});
     EXPECT_EQ(Logged(), Entries{});
@@ -317,7 +317,7 @@ TEST_F(OneNoteWait, IsTenSecondsEachWithTheDelayOptionAfterAFailedClose) {
 
 TEST_F(OneNoteWait, LogsTheDescriptionOfAnAutomationFailure) {
     oneNote_.Register();
-    oneNote_.Fail(FakeOneNote::Call::Windows, static_cast<HRESULT>(0x80042030), L"A dialog is open.");
+    oneNote_.Fail({L"Windows"}, static_cast<HRESULT>(0x80042030), L"A dialog is open.");
     EXPECT_TRUE(WaitWithResults({WAIT_TIMEOUT, WAIT_OBJECT_0}));
     EXPECT_EQ(Waits, (std::vector<DWORD>{5000, 5000}));
     EXPECT_EQ(Logged().back(), std::wstring(CannotClose) + L"A dialog is open. (0x80042030)");

@@ -1,6 +1,7 @@
 #include "install/OneNoteStart.h"
 
 #include "core/ComError.h"
+#include "install/OneNoteAutomation.h"
 #include "tests/support/ComApartment.h"
 #include "tests/support/FakeOneNote.h"
 #include "tests/support/ImportPatch.h"
@@ -11,7 +12,6 @@
 namespace {
 
 using Call = FakeOneNote::Call;
-using Navigations = std::vector<FakeOneNote::Navigation>;
 using Handles = std::vector<HWND>;
 
 // Handles that need more than 32 bits.
@@ -27,7 +27,7 @@ protected:
         SetErrorInfo(0, nullptr); // what another test left
     }
     /// No interface may be kept by the code under test.
-    void TearDown() override { EXPECT_EQ(oneNote_.References, 0); }
+    void TearDown() override { EXPECT_EQ(oneNote_.References(), 0); }
 
     Entries Logged() const { return log_.Get(); }
 
@@ -97,7 +97,7 @@ const auto NameOfStep = [](const auto& item) { return item.param.name; };
 TEST_F(RegisteredOneNoteStart, OpensAWindowWhenThereIsNoneAndBringsItToTheFront) {
     oneNote_.OpenedByNavigation = Current;
     StartOneNote();
-    EXPECT_EQ(oneNote_.Navigations, (Navigations{{L"", L"", VARIANT_TRUE}}));
+    EXPECT_EQ(oneNote_.Navigations, Entries{LR"(NavigateTo("", "", -1))"});
     EXPECT_EQ(Allowed, 1);
     EXPECT_EQ(InFront, Handles{Current});
     EXPECT_EQ(Logged(), LogOfSuccess);
@@ -106,7 +106,7 @@ TEST_F(RegisteredOneNoteStart, OpensAWindowWhenThereIsNoneAndBringsItToTheFront)
 TEST_F(RegisteredOneNoteStart, BringsTheCurrentWindowToTheFrontAndOpensNone) {
     oneNote_.Windows = {Current, Other};
     StartOneNote();
-    EXPECT_EQ(oneNote_.Navigations, Navigations{});
+    EXPECT_EQ(oneNote_.Navigations, Entries{});
     EXPECT_EQ(Allowed, 1);
     EXPECT_EQ(InFront, Handles{Current});
     EXPECT_EQ(Logged(), LogOfSuccess);
@@ -115,7 +115,7 @@ TEST_F(RegisteredOneNoteStart, BringsTheCurrentWindowToTheFrontAndOpensNone) {
 TEST_F(RegisteredOneNoteStart, OpensNoSecondWindow) {
     oneNote_.Windows = {Current};
     StartOneNote();
-    EXPECT_EQ(oneNote_.Navigations, Navigations{});
+    EXPECT_EQ(oneNote_.Navigations, Entries{});
     EXPECT_EQ(InFront, Handles{Current});
 }
 
@@ -136,13 +136,13 @@ TEST_F(RegisteredOneNoteStart, FailsWhenNavigationOpensNoWindow) {
 TEST_F(RegisteredOneNoteStart, FailsWhenTheCurrentWindowIsNull) {
     oneNote_.Windows = {nullptr, Other};
     StartOneNote();
-    EXPECT_EQ(oneNote_.Navigations, Navigations{});
+    EXPECT_EQ(oneNote_.Navigations, Entries{});
     EXPECT_EQ(Logged(), LogOfFailure(E_POINTER));
     EXPECT_EQ(InFront, Handles{});
 }
 
 TEST_F(RegisteredOneNoteStart, CanBeTriedAgain) {
-    oneNote_.Fail(Call::NavigateTo, E_FAIL);
+    oneNote_.Fail({L"NavigateTo"}, E_FAIL);
     StartOneNote();
     oneNote_.Windows = {Current};
     StartOneNote();
@@ -151,8 +151,8 @@ TEST_F(RegisteredOneNoteStart, CanBeTriedAgain) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, OneNoteStartConnection,
-                         testing::Values(Step{"CreateInstance", Call::CreateInstance},
-                                         Step{"QueryApplication", Call::QueryApplication}),
+                         testing::Values(Step{"CreateInstance", {L"CreateInstance"}},
+                                         Step{"QueryInterface", {L"QueryInterface"}}),
                          NameOfStep);
 
 TEST_P(OneNoteStartConnection, FailsWithTheSystemsMessage) {
@@ -164,11 +164,11 @@ TEST_P(OneNoteStartConnection, FailsWithTheSystemsMessage) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, OneNoteStartCall,
-                         testing::Values(Step{"Windows", Call::Windows}, Step{"Count", Call::Count},
-                                         Step{"NavigateTo", Call::NavigateTo},
-                                         Step{"WindowsAgain", Call::WindowsAgain, true},
-                                         Step{"CurrentWindow", Call::CurrentWindow, true},
-                                         Step{"WindowHandle", Call::WindowHandle, true}),
+                         testing::Values(Step{"Windows", {L"Windows"}}, Step{"Count", {L"Count"}},
+                                         Step{"NavigateTo", {L"NavigateTo"}},
+                                         Step{"WindowsAgain", {L"Windows", 2}, true},
+                                         Step{"CurrentWindow", {L"CurrentWindow"}, true},
+                                         Step{"WindowHandle", {L"WindowHandle"}, true}),
                          NameOfStep);
 
 TEST_P(OneNoteStartCall, FailsWithItsDescription) {
@@ -187,12 +187,12 @@ TEST_P(OneNoteStartCall, FailsWithTheSystemsMessageWithoutADescription) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, OneNoteStartNull,
-                         testing::Values(Step{"Application", Call::QueryApplication}, Step{"Collection", Call::Windows},
-                                         Step{"SecondCollection", Call::WindowsAgain, true}),
+                         testing::Values(Step{"Application", {L"QueryInterface"}}, Step{"Collection", {L"Windows"}},
+                                         Step{"SecondCollection", {L"Windows", 2}, true}),
                          NameOfStep);
 
 TEST_P(OneNoteStartNull, FailsWithAPointerError) {
-    oneNote_.Null = GetParam().call;
+    oneNote_.GiveNull(GetParam().call);
     StartOneNote();
     EXPECT_EQ(Logged(), LogOfFailure(E_POINTER));
     EXPECT_EQ(Allowed, GetParam().allowed ? 1 : 0);

@@ -1,5 +1,6 @@
 #include "install/OneNoteWindows.h"
 
+#include "install/OneNoteAutomation.h"
 #include "tests/support/ComApartment.h"
 #include "tests/support/FakeOneNote.h"
 #include "tests/support/ImportPatch.h"
@@ -23,7 +24,7 @@ protected:
         Posted.clear();
     }
     /// No interface may be kept by the code under test.
-    void TearDown() override { EXPECT_EQ(oneNote_.References, 0); }
+    void TearDown() override { EXPECT_EQ(oneNote_.References(), 0); }
 
     static Thrown Close() {
         try {
@@ -120,13 +121,13 @@ TEST_F(PostedCloses, AreNoneWithoutWindows) {
 }
 
 TEST_F(PostedCloses, AreNoneWhenACollectionIsNull) {
-    oneNote_.Null = Call::Windows;
+    oneNote_.GiveNull({L"Windows"});
     EXPECT_EQ(Close().result, E_POINTER);
     EXPECT_TRUE(Posted.empty());
 }
 
 TEST_F(PostedCloses, AreNoneWhenTheApplicationIsNull) {
-    oneNote_.Null = Call::QueryApplication;
+    oneNote_.GiveNull({L"QueryInterface"});
     EXPECT_EQ(Close().result, E_POINTER);
     EXPECT_TRUE(Posted.empty());
 }
@@ -135,7 +136,7 @@ TEST_F(PostedCloses, BeginWhenAllWindowsAreKnown) {
     const FramedWindow first;
     const FramedWindow second;
     oneNote_.Windows = {first.Frame(), second.Frame()};
-    oneNote_.Fail(Call::Item, E_FAIL); // for the second one
+    oneNote_.Fail({L"Item", 2}, E_FAIL);
     EXPECT_EQ(Close().result, E_FAIL);
     EXPECT_TRUE(Posted.empty());
 }
@@ -149,8 +150,8 @@ TEST_F(PostedCloses, StopAtANullWindow) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, OneNoteFailure,
-                         testing::Values(Failure{"Windows", Call::Windows}, Failure{"Count", Call::Count},
-                                         Failure{"Item", Call::Item}, Failure{"WindowHandle", Call::WindowHandle}),
+                         testing::Values(Failure{"Windows", {L"Windows"}}, Failure{"Count", {L"Count"}},
+                                         Failure{"Item", {L"Item"}}, Failure{"WindowHandle", {L"WindowHandle"}}),
                          [](const auto& item) { return item.param.name; });
 
 TEST_P(OneNoteFailure, IsThrownWithItsDescription) {
@@ -174,7 +175,7 @@ TEST_P(OneNoteFailure, IsThrownWithoutADescription) {
 }
 
 TEST_F(PostedCloses, AreNoneWhenTheApplicationCannotBeCreated) {
-    oneNote_.Fail(Call::CreateInstance, CO_E_SERVER_EXEC_FAILURE);
+    oneNote_.Fail({L"CreateInstance"}, CO_E_SERVER_EXEC_FAILURE);
     EXPECT_EQ(Close().result, CO_E_SERVER_EXEC_FAILURE);
     EXPECT_TRUE(Posted.empty());
 }
@@ -206,12 +207,12 @@ TEST(OneNoteApplication, IsNotThereWhereItIsNotRegistered) {
 TEST_F(OneNoteWindows, ApplicationReplacesTheOneThatWasHeld) {
     OneNoteApplicationPtr application;
     EXPECT_EQ(CreateOneNoteApplication(application), S_OK);
-    const int references = oneNote_.References;
+    const int references = oneNote_.References();
     EXPECT_GT(references, 0);
     EXPECT_EQ(CreateOneNoteApplication(application), S_OK);
-    EXPECT_EQ(oneNote_.References, references);
+    EXPECT_EQ(oneNote_.References(), references);
 
-    oneNote_.Fail(Call::QueryApplication, E_NOINTERFACE);
+    oneNote_.Fail({L"QueryInterface"}, E_NOINTERFACE);
     EXPECT_EQ(CreateOneNoteApplication(application), E_NOINTERFACE);
     EXPECT_EQ(application.GetInterfacePtr(), nullptr);
 }

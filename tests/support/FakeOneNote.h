@@ -1,71 +1,51 @@
 #pragma once
 
-#include "install/OneNoteAutomation.h"
+#include "lab/onenote/Automation.h"
 
-#include <optional>
-#include <ostream>
 #include <string>
 #include <vector>
 
-/// OneNote's automation objects as a test wants them: which windows there are, and which call fails how. The objects
-/// are real COM objects on the test's own thread; registered, `CoCreateInstance` finds them.
-class FakeOneNote {
+/// OneNote as a test wants it: which windows there are, and which call fails how. The objects are those of the
+/// stand-in, but in the test's own process; registered, `CoCreateInstance` finds them.
+class FakeOneNote : public AutomatedOneNote {
 public:
-    /// The calls that can be made to fail. `WindowsAgain` is the application's second `Windows`.
-    enum class Call {
-        CreateInstance,
-        QueryApplication,
-        Windows,
-        WindowsAgain,
-        Count,
-        Item,
-        CurrentWindow,
-        WindowHandle,
-        NavigateTo,
+    /// A call to a member, and which one, counted from 1. "QueryInterface" is the query for the application's
+    /// interface.
+    struct Call {
+        std::wstring member;
+        unsigned occurrence = 1;
     };
 
-    /// The arguments of `NavigateTo`. A null string is none.
-    struct Navigation {
-        std::optional<std::wstring> hierarchyObjectId;
-        std::optional<std::wstring> objectId;
-        VARIANT_BOOL newWindow = VARIANT_FALSE;
-        bool operator==(const Navigation&) const = default;
-        friend std::ostream& operator<<(std::ostream& stream, const Navigation& navigation);
-    };
-
-    FakeOneNote();
-    FakeOneNote(const FakeOneNote&) = delete;
-    FakeOneNote& operator=(const FakeOneNote&) = delete;
-    ~FakeOneNote();
+    ~FakeOneNote() override;
 
     /// Serves the application class to this process until the object goes. COM must be initialised.
     void Register();
 
     /// The open windows, the current one first. A null handle is a null window.
     std::vector<HWND> Windows;
-    /// What `NavigateTo` was called with, and the window that it opens, if any.
-    std::vector<Navigation> Navigations;
+    /// The calls to `NavigateTo` with their arguments, and the window that it opens, if any.
+    std::vector<std::wstring> Navigations;
     HWND OpenedByNavigation = nullptr;
-    /// The call that answers S_OK and null instead of an application or a collection.
-    std::optional<Call> Null;
 
-    /// Makes a call fail, `Item` for the last window only; with a description, it sets that as its error information.
-    void Fail(Call call, HRESULT result, const wchar_t* description = nullptr);
+    // What one of the calls to come gets; each of these replaces the one before.
 
-    /// S_OK, or what `Fail` asked for, with the error information set.
-    HRESULT Answer(Call call) const;
+    /// A failure; a description that is not empty becomes its error information.
+    void Fail(const Call& call, HRESULT result, const wchar_t* description = L"");
+    /// Null, though it succeeds.
+    void GiveNull(const Call& call);
 
-    /// References that clients hold, over all objects.
-    int References = 0;
+    Outcome OnCall(const std::wstring& member, const std::wstring& arguments) override;
+    Outcome OnQueryApplication() override { return OnCall(L"QueryInterface", L""); }
+    std::vector<HWND> WindowsByIndex() const override { return Windows; }
+    HWND CurrentWindow() const override { return Windows.empty() ? nullptr : Windows.front(); }
+    void Navigate(bool inNewWindow) override;
 
 private:
-    struct Failure {
+    struct Trouble {
         Call call;
-        HRESULT result;
-        const wchar_t* description;
+        Outcome outcome;
     };
 
-    std::optional<Failure> failure_;
-    IClassFactory* factory_ = nullptr;
+    Trouble trouble_;
     DWORD registration_ = 0;
 };
