@@ -14,8 +14,7 @@
 
 inline constexpr CLSID CLSID_OneNoteApplication = {
     0xD7FAC39E, 0x7FF1, 0x49AA, {0x98, 0xCF, 0xA1, 0xDD, 0xD3, 0x16, 0x33, 0x7E}};
-inline constexpr IID IID_IOneNoteApplication = {
-    0x452AC71A, 0xB655, 0x4967, {0xA2, 0x08, 0xA4, 0xCC, 0x39, 0xDD, 0x79, 0x49}};
+inline constexpr IID IID_IApplication = {0x452AC71A, 0xB655, 0x4967, {0xA2, 0x08, 0xA4, 0xCC, 0x39, 0xDD, 0x79, 0x49}};
 inline constexpr IID IID_IOneNoteWindows = {
     0x6D4B9C3E, 0xCC05, 0x493F, {0x85, 0xE2, 0x43, 0xD1, 0x00, 0x6D, 0xF9, 0x6A}};
 inline constexpr IID IID_IOneNoteWindow = {
@@ -36,7 +35,7 @@ struct IOneNoteWindows : IDispatch {
 };
 
 /// OneNote itself. The enumerations of the type library stand as 4-byte integers here.
-struct IOneNoteApplication : IDispatch {
+struct IApplication : IDispatch {
     virtual HRESULT STDMETHODCALLTYPE GetHierarchy(BSTR startNodeId, std::int32_t scope, BSTR* xml,
                                                    std::int32_t schema) = 0;
     virtual HRESULT STDMETHODCALLTYPE UpdateHierarchy(BSTR changesXml, std::int32_t schema) = 0;
@@ -76,7 +75,7 @@ struct IOneNoteApplication : IDispatch {
 
 using OneNoteWindowPtr = _com_ptr_t<_com_IIID<IOneNoteWindow, &IID_IOneNoteWindow>>;
 using OneNoteWindowsPtr = _com_ptr_t<_com_IIID<IOneNoteWindows, &IID_IOneNoteWindows>>;
-using OneNoteApplicationPtr = _com_ptr_t<_com_IIID<IOneNoteApplication, &IID_IOneNoteApplication>>;
+using OneNoteApplicationPtr = _com_ptr_t<_com_IIID<IApplication, &IID_IApplication>>;
 
 /// Connects to OneNote, which COM starts when it is not running. On failure the HRESULT is returned
 /// (REGDB_E_CLASSNOTREG where desktop OneNote is absent) and `application` is null, as it is when a server answers

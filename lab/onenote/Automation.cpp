@@ -102,7 +102,7 @@ public:
     HRESULT STDMETHODCALLTYPE put_Active(VARIANT_BOOL) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_DockedLocation(LONG*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE put_DockedLocation(LONG) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE get_Application(IApplication**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get_Application(IOneNoteApplication**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_SideNote(VARIANT_BOOL*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE NavigateToUrl(BSTR) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE SetDockedLocation(LONG, POINT) override { return E_NOTIMPL; }
@@ -149,12 +149,12 @@ std::wstring Quoted(BSTR text) {
     return text == nullptr ? L"null" : L'"' + std::wstring(text, SysStringLen(text)) + L'"';
 }
 
-class ApplicationObject : public Object<IApplication> {
+class ApplicationObject : public Object<IOneNoteApplication> {
 public:
     using Object::Object;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        const Outcome outcome = iid == __uuidof(IApplication) ? OneNote.OnQueryApplication() : Outcome{};
+        const Outcome outcome = iid == __uuidof(IOneNoteApplication) ? OneNote.OnQueryApplication() : Outcome{};
         if (outcome.IsSuccess())
             return Object::QueryInterface(iid, object);
         *object = nullptr;

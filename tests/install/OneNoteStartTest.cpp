@@ -44,7 +44,7 @@ protected:
 private:
     static HRESULT WINAPI Allow(IUnknown* object, LPVOID reserved) {
         OneNoteApplicationPtr application;
-        EXPECT_EQ(object->QueryInterface(IID_IOneNoteApplication, reinterpret_cast<void**>(&application)), S_OK);
+        EXPECT_EQ(object->QueryInterface(IID_IApplication, reinterpret_cast<void**>(&application)), S_OK);
         EXPECT_EQ(reserved, nullptr);
         EXPECT_TRUE(InFront.empty()) << "too late";
         ++Allowed;

@@ -138,7 +138,7 @@ protected:
 } // namespace
 
 TEST_F(OneNoteLibrary, HasEveryMemberOfTheApplicationInItsSlot) {
-    EXPECT_EQ(MembersOf(IID_IOneNoteApplication), ApplicationMembers);
+    EXPECT_EQ(MembersOf(IID_IApplication), ApplicationMembers);
 }
 
 TEST_F(OneNoteLibrary, HasEveryMemberOfTheCollectionInItsSlot) {
