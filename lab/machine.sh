@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The machine that builds and tests: Debian's packages, a private Wine prefix, a display.
 #
-#   lab/machine.sh packages           installs what is missing
+#   lab/machine.sh packages [lint]    installs what is missing, also of what lint.sh needs
 #   lab/machine.sh build [TARGET...]  builds the release
 #   lab/machine.sh wine PROGRAM...    runs a Windows program in a prefix
 #   lab/machine.sh stop               ends what runs in a prefix
@@ -20,15 +20,12 @@ prefixes=$root/out/wine
 
 # Package, and what the project takes from it.
 packages=(
-    clang-format                 # the format check
-    clang-tidy                   # the static analysis
     cmake                        # cmake, ctest
     g++-mingw-w64-x86-64-posix   # the cross compiler; windres and ld come with it
     googletest                   # the sources of the test framework
     libwine-dev                  # oaidl.idl, which an interface definition imports
     mingw-w64-tools              # widl, which makes a type library and a header from it
     ninja-build
-    shellcheck                   # the check of the scripts
     wine wine64                  # runs the programs
     fonts-wine                   # Marlett, the signs on a window's caption buttons
     fonts-open-sans              # stands in for Segoe UI, and is a little wider
@@ -39,6 +36,7 @@ packages=(
     librsvg2-bin icoutils        # rsvg-convert and icotool, which render the artwork
     locales                      # localedef, and from what it makes the locale of another country
 )
+lint_packages=(clang-format-14 clang-tidy-14 shellcheck)
 
 fail() {
     echo "${0##*/}: $*" >&2
@@ -205,7 +203,10 @@ run_on_virtual_display() {
 command=${1:-}
 shift || true
 case $command in
-packages) install_packages ;;
+packages)
+    [ "${1:-}" != lint ] || packages+=("${lint_packages[@]}")
+    install_packages
+    ;;
 build) build "$@" ;;
 wine) run_wine "$@" ;;
 stop) stop_wine ;;
