@@ -6,10 +6,12 @@
 #include "tests/support/Program.h"
 #include "tests/support/TestFolder.h"
 
+#include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <iomanip>
+#include <iterator>
 
 namespace fs = std::filesystem;
 
@@ -27,6 +29,16 @@ protected:
     fs::path Path(const wchar_t* name = L"Vellumkit_Install.log") const { return folder_.Path() / name; }
 
     TestFolder folder_{L" ж"};
+};
+
+/// As a process finds it that has not asked for it yet.
+class TemporaryFolder : public LogFile {};
+
+/// The programs of the product in the order in which they are looked for, and their logs.
+constexpr std::pair<const wchar_t*, const wchar_t*> ProgramLogs[] = {
+    {L"dllhost.exe", L"Vellumkit_Addin_outproc.log"},          {L"onenote.exe", L"Vellumkit_Addin_inproc.log"},
+    {L"Vellumkit Installer.exe", L"Vellumkit_Elev.log"},       {L"VlkUninst.exe", L"Vellumkit_Uninst.log"},
+    {L"VellumkitInstaller.x64.exe", L"Vellumkit_Install.log"},
 };
 
 /// What the test's own log has on disk.
@@ -112,65 +124,57 @@ TEST_F(LogFile, IsNotClosedInTheMiddleOfAWriteByAnotherThread) {
 }
 
 TEST_F(LogFile, IsNamedByTheFirstProgramOfTheListThatIsLoaded) {
-    fs::copy_file(ProgramFolder() / "log-writer.exe", folder_.Path() / "dllhost.exe");
-    Write(L"load dllhost.exe entry x", L"VlkUninst.exe");
-    EXPECT_EQ(ReadEntries(Path(L"Vellumkit_Addin_outproc.log")), Entries{L"x"});
-}
-
-TEST_F(LogFile, LiesInTheCurrentDirectoryWhenWindowsCannotNameTheTemporaryFolder) {
-    Write(L"no-temp entry x");
-    EXPECT_EQ(ReadEntries(Path()), Entries{L"x"});
-}
-
-TEST_F(LogFile, LiesInTheCurrentDirectoryWhenTheTemporaryFolderIsTooLong) {
-    Write(L"huge-temp entry x");
-    EXPECT_EQ(ReadEntries(Path()), Entries{L"x"});
+    for (std::size_t index = 1; index < std::size(ProgramLogs); ++index) {
+        const auto& [earlier, log] = ProgramLogs[index - 1];
+        fs::copy_file(ProgramFolder() / "log-writer.exe", folder_.Path() / earlier,
+                      fs::copy_options::overwrite_existing);
+        Write(std::wstring(L"load \"") + earlier + L"\" entry x", ProgramLogs[index].first);
+        EXPECT_EQ(ReadEntries(Path(log)), Entries{L"x"}) << fs::path(earlier).string();
+    }
 }
 
 TEST_F(LogFile, IsNamedByTheProgramThatRuns) {
-    const std::pair<const wchar_t*, const wchar_t*> names[] = {
-        {L"dllhost.exe", L"Vellumkit_Addin_outproc.log"},          {L"onenote.exe", L"Vellumkit_Addin_inproc.log"},
-        {L"Vellumkit Installer.exe", L"Vellumkit_Elev.log"},       {L"VlkUninst.exe", L"Vellumkit_Uninst.log"},
-        {L"VellumkitInstaller.x64.exe", L"Vellumkit_Install.log"},
-    };
-    for (const auto& [program, log] : names) {
+    for (const auto& [program, log] : ProgramLogs) {
         Write(L"entry x", program);
         EXPECT_EQ(ReadEntries(Path(log)), Entries{L"x"}) << fs::path(program).string();
         fs::remove(Path(log));
     }
 }
 
-TEST(Log, BeginsAnEntryWithTheLocalTime) {
-    const std::time_t before = std::time(nullptr);
-    const LoggedEntries entries;
-    Log(true) << L"x";
-    EXPECT_EQ(entries.Get(), Entries{L"x"});
-
-    std::tm time{};
-    std::wistringstream text(OnDisk());
-    text.seekg(static_cast<std::streamoff>(text.str().rfind(L"\r\n") + 2));
-    text >> std::get_time(&time, L"%a %b %d %H:%M:%S %Y");
-    ASSERT_FALSE(text.fail());
-    time.tm_isdst = -1;
-    EXPECT_GE(std::mktime(&time), before);
-    EXPECT_LE(std::mktime(&time), std::time(nullptr));
+TEST_F(LogFile, LiesInTheCurrentDirectoryWhenWindowsCannotNameTheTemporaryFolder) {
+    Write(L"temp 0 entry x");
+    EXPECT_EQ(ReadEntries(Path()), Entries{L"x"});
 }
 
-TEST(Log, PadsTheDayWithABlankAndTheTimeWithZeros) {
-    // Monday, 6 November 2023, 00:09:08 local time.
-    static std::time_t fixed;
-    std::tm local{};
-    local.tm_year = 123;
-    local.tm_mon = 10;
-    local.tm_mday = 6;
-    local.tm_min = 9;
-    local.tm_sec = 8;
-    local.tm_isdst = -1;
-    fixed = std::mktime(&local);
-    const ImportPatch<std::time_t(std::time_t*)> time("_time64", [](std::time_t*) { return fixed; });
-    Log(true) << L"x" << std::flush;
-    const std::wstring log = OnDisk();
-    EXPECT_EQ(log.substr(log.rfind(L"\r\n")), L"\r\nMon Nov  6 00:09:08 2023 - x");
+TEST_F(LogFile, BeginsAnEntryWithTheLocalTime) {
+    constexpr std::time_t AheadOfUtc = 20700; // in Nepal, in seconds
+    const std::time_t before = std::time(nullptr);
+    Write(L"zone NPT-05:45 entry x");
+    std::tm time{};
+    std::wistringstream text(Utf16(ReadBytes(Path())).substr(3)); // behind mark and line break
+    text >> std::get_time(&time, L"%a %b %d %H:%M:%S %Y");
+    ASSERT_FALSE(text.fail());
+    const std::time_t logged = _mkgmtime(&time) - AheadOfUtc;
+    EXPECT_GE(logged, before);
+    EXPECT_LE(logged, std::time(nullptr));
+}
+
+TEST(Log, WritesTheTimeWithEnglishNamesAPaddedDayAndLeadingZeros) {
+    for (const std::wstring text :
+         {L"Sun Jan  1 12:00:00 2023", L"Wed Feb  8 12:00:00 2023", L"Fri Mar 10 12:00:00 2023",
+          L"Sat Apr  1 12:00:00 2023", L"Mon May 15 12:00:00 2023", L"Thu Jun 22 12:00:00 2023",
+          L"Tue Jul 25 12:00:00 2023", L"Thu Aug 31 12:00:00 2023", L"Sat Sep 30 12:00:00 2023",
+          L"Tue Oct 31 23:59:59 2023", L"Mon Nov  6 00:09:08 2023", L"Wed Dec 13 01:02:03 2023"}) {
+        std::tm local{};
+        std::wistringstream(text) >> std::get_time(&local, L"%a %b %d %H:%M:%S %Y");
+        local.tm_isdst = -1;
+        static std::time_t fixed;
+        fixed = std::mktime(&local);
+        const ImportPatch<std::time_t(std::time_t*)> time("_time64", [](std::time_t*) { return fixed; });
+        Log(true) << L"x" << std::flush;
+        const std::wstring log = OnDisk();
+        EXPECT_EQ(log.substr(log.rfind(L"\r\n")), L"\r\n" + text + L" - x");
+    }
 }
 
 TEST(Log, LeavesTheTimeOutWhenItCannotBeReadOrConverted) {
@@ -185,6 +189,40 @@ TEST(Log, PutsAnEntryOnDiskWhenTheNextOneBegins) {
     EXPECT_FALSE(OnDisk().ends_with(L"short")) << "it is still in memory";
     Log(true);
     EXPECT_TRUE(OnDisk().ends_with(L"short\r\n"));
+}
+
+TEST(Log, PutsAnEntryOnDiskWhenItsBufferOf1024CharactersIsFull) {
+    Log(true) << std::flush;
+    const std::size_t flushed = OnDisk().size();
+    Log(false) << std::wstring(1023, L'x');
+    EXPECT_EQ(OnDisk().size(), flushed) << "it is still in memory";
+    Log(false) << L"xx";
+    EXPECT_GE(OnDisk().size(), flushed + 1024);
+}
+
+TEST(Log, ReadsTheTimeBeforeTheFlushWhichMayTakeLong) {
+    using Write = std::size_t(const void*, std::size_t, std::size_t, std::FILE*);
+    static std::vector<std::string> calls;
+    static auto* const Original = ImportedNow<Write>("fwrite");
+    calls.clear();
+    Log(false); // it is open from here on
+    {
+        const ImportPatch<std::time_t(std::time_t*)> time("_time64", [](std::time_t*) -> std::time_t {
+            calls.emplace_back("time");
+            return 0;
+        });
+        const ImportPatch<Write> write("fwrite",
+                                       [](const void* text, std::size_t size, std::size_t count, std::FILE* file) {
+                                           calls.emplace_back("write");
+                                           return Original(text, size, count, file);
+                                       });
+        const ImportPatch<decltype(std::fflush)> flush("fflush", [](std::FILE*) {
+            calls.emplace_back("flush");
+            return 0;
+        });
+        Log(true);
+    }
+    EXPECT_EQ(calls, (std::vector<std::string>{"time", "write", "flush", "write", "write"}));
 }
 
 TEST(Log, ContinuesAnEntryWithoutAPrefix) {
@@ -221,4 +259,15 @@ TEST(TempPath, IsTheTemporaryFolderWithTheSuffixAndNoSeparator) {
     EXPECT_TRUE(std::wstring(folder).ends_with(L'\\'));
     EXPECT_EQ(TempPath(L""), folder);
     EXPECT_EQ(TempPath(L"x y"), std::wstring(folder) + L"x y");
+}
+
+TEST_F(TemporaryFolder, HasNoNameWhenWindowsCannotTellItOrItIsTooLong) {
+    EXPECT_EQ(Write(L"temp 0 temp-size"), 0U);
+    EXPECT_EQ(Write(L"temp 1023 temp-size"), 1023U) << "the longest that fits with its NUL";
+    EXPECT_EQ(Write(L"temp 1024 temp-size"), 0U);
+}
+
+TEST_F(TemporaryFolder, IsAskedForUntilItHasAName) {
+    EXPECT_EQ(Write(L"temp 0 temp-size temp 1 temp-size"), 1U);
+    EXPECT_EQ(Write(L"temp 1 temp-size temp 2 temp-size"), 1U);
 }

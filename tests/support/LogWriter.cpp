@@ -10,8 +10,9 @@
 //     remove-folder   removes the folder that stands where the log should be
 //     grouping        the program's locale groups digits from now on
 //     number          inserts 4294967295
-//     no-temp         Windows can't name the temporary folder
-//     huge-temp       the temporary folder's name is too long
+//     zone TEXT       the local time is that of a zone as the variable TZ writes it
+//     temp LENGTH     Windows names a temporary folder of so many characters, or can't (0)
+//     temp-size       the exit code tells how many of them TempPath takes
 //     write-fails     writing to a file fails from now on; write-works: no longer
 //     flush-fails     flushing a file fails from now on; flush-works: no longer
 //     state           the exit code tells whether the stream still works (0) or failed (1)
@@ -24,15 +25,21 @@
 
 #include <shellapi.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <locale>
 #include <map>
 #include <string>
+#include <string_view>
 #include <thread>
 
 namespace {
+
+constexpr std::wstring_view CommandsWithText[] = {L"entry", L"more", L"load", L"zone", L"temp"};
 
 struct Grouping : std::numpunct<wchar_t> {
     wchar_t do_thousands_sep() const override { return L'.'; }
@@ -88,6 +95,21 @@ bool CloseWaitsForAWrite() {
     return closed && !closedInAWrite;
 }
 
+/// A name that doesn't fit leaves no room for its NUL.
+void NameTemporaryFolder(DWORD length) {
+    static DWORD answer;
+    answer = length;
+    Replace<decltype(GetTempPathW)>("GetTempPathW", [](DWORD size, wchar_t* buffer) -> DWORD {
+        std::fill_n(buffer, std::min(size, answer), L'x');
+        return answer;
+    });
+}
+
+void EnterTimeZone(const wchar_t* zone) {
+    _wputenv_s(L"TZ", zone);
+    _tzset();
+}
+
 /// Returns the program's exit code so far.
 int Perform(const std::wstring& command, const wchar_t* text) {
     if (command == L"entry")
@@ -108,11 +130,12 @@ int Perform(const std::wstring& command, const wchar_t* text) {
         std::locale::global(std::locale(std::locale(), new Grouping)); // owned by the locale
     else if (command == L"number")
         Log(false) << 4294967295U;
-    else if (command == L"no-temp")
-        SetImport(FindImport("GetTempPathW"), reinterpret_cast<void*>(+[](DWORD, wchar_t*) -> DWORD { return 0; }));
-    else if (command == L"huge-temp")
-        SetImport(FindImport("GetTempPathW"),
-                  reinterpret_cast<void*>(+[](DWORD size, wchar_t*) -> DWORD { return size + 1; }));
+    else if (command == L"zone")
+        EnterTimeZone(text);
+    else if (command == L"temp")
+        NameTemporaryFolder(std::stoul(text));
+    else if (command == L"temp-size")
+        return static_cast<int>(std::ranges::count(TempPath(L""), L'x'));
     else if (command == L"write-fails")
         Replace<Write>("fwrite", [](const void*, size_t, size_t, FILE*) -> size_t { return 0; });
     else if (command == L"write-works")
@@ -136,7 +159,7 @@ int main() {
     int result = 0;
     for (int index = 1; index < count; ++index) {
         const std::wstring command = arguments[index];
-        const bool hasText = command == L"entry" || command == L"more" || command == L"load";
+        const bool hasText = std::ranges::count(CommandsWithText, command) != 0;
         const int code = Perform(command, hasText ? arguments[++index] : L"");
         result = code > result ? code : result;
     }
