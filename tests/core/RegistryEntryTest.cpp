@@ -136,16 +136,21 @@ TEST_F(RegistryEntries, WriteThrowsWhenTheValueCannotBeSetAndClosesTheKey) {
     EXPECT_EQ(closed.Get(), 1);
 }
 
-TEST_F(RegistryEntries, WriteAsksForWriteAccessAndNoView) {
-    static REGSAM access;
-    const ImportPatch<decltype(RegCreateKeyExW)> create(
-        "RegCreateKeyExW",
-        [](HKEY, LPCWSTR, DWORD, LPWSTR, DWORD, REGSAM wanted, LPSECURITY_ATTRIBUTES, PHKEY, LPDWORD) -> LSTATUS {
-            access = wanted;
-            return ERROR_ACCESS_DENIED;
-        });
-    ThrownBy([] { Entry(L"Value").Write(); });
-    EXPECT_EQ(access, 0x20006U);
+TEST_F(RegistryEntries, WriteAsksForALastingKeyWithWriteAccessAndNoView) {
+    const auto refuse = [](HKEY root, LPCWSTR subkey, DWORD reserved, LPWSTR className, DWORD options, REGSAM access,
+                           LPSECURITY_ATTRIBUTES security, PHKEY, LPDWORD disposition) -> LSTATUS {
+        EXPECT_EQ(root, HKEY_CURRENT_USER);
+        EXPECT_STREQ(subkey, Subkey);
+        EXPECT_EQ(reserved, 0U);
+        EXPECT_EQ(className, nullptr);
+        EXPECT_EQ(options, 0U);
+        EXPECT_EQ(access, 0x20006U);
+        EXPECT_EQ(security, nullptr);
+        EXPECT_EQ(disposition, nullptr);
+        return ERROR_ACCESS_DENIED;
+    };
+    const ImportPatch<decltype(RegCreateKeyExW)> create("RegCreateKeyExW", refuse);
+    EXPECT_EQ(ThrownBy([] { Entry(L"Value").Write(); }), E_ACCESSDENIED);
 }
 
 // Read
