@@ -31,6 +31,9 @@ Texts TextsOf(std::wstring_view code) {
     return texts;
 }
 
+/// The table after an unknown code, before any test can load a language.
+const Texts BeforeAnyLanguage = TextsOf(L"uk");
+
 std::wstring Text(std::wstring_view code, StringId id) {
     return TextsOf(code)[id];
 }
@@ -100,6 +103,7 @@ TEST(Languages, AreTheSameListAtEveryCall) {
 }
 
 TEST(Languages, OfAnUnknownCodeLeaveTheTableAsItIs) {
+    EXPECT_EQ(BeforeAnyLanguage, Texts(AllIds.size(), L""));
     const Texts german = TextsOf(L"de");
     for (const wchar_t* code : {L"pt", L"EN", L"", L"de-DE", L"zh", L"pt-br", L"uk"})
         EXPECT_EQ(TextsOf(code), german) << testing::PrintToString(std::wstring(code));
