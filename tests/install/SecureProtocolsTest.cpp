@@ -90,6 +90,13 @@ TEST_F(SecureProtocols, StoredAsBytesKeepTheirBits) {
     EXPECT_EQ(Logged(), ReportAndThen(L"Not found", {L"Updated to 2720"}));
 }
 
+TEST_F(SecureProtocols, StoredAsBytesBecomeADwordThoughTheyLackNoBit) {
+    SetValue(Settings, L"SecureProtocols", REG_BINARY, {0xFF, 0xFF, 0xFF, 0xFF});
+    UpdateSecureProtocols(Settings, true);
+    EXPECT_EQ(GetValue(Settings, L"SecureProtocols"), Dword(0xFFFFFFFF));
+    EXPECT_EQ(Logged(), ReportAndThen(L"Not found", {L"Updated to -1"}));
+}
+
 TEST_F(SecureProtocols, AreOnlyReportedWithoutUpdate) {
     SetDword(Settings, L"SecureProtocols", 0x20);
     UpdateSecureProtocols(Settings, false);
