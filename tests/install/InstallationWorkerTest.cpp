@@ -4,10 +4,12 @@
 #include "core/ComError.h"
 #include "core/Launch.h"
 #include "core/LocalizedStrings.h"
+#include "core/Log.h"
 #include "core/TempPath.h"
 #include "core/Unique.h"
 #include "install/ScreenState.h"
 #include "install/WorkerSignals.h"
+#include "tests/support/ComApartment.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/LabPrograms.h"
@@ -36,7 +38,6 @@ protected:
         InstanceHandle = GetModuleHandleW(nullptr);
         UnattendedMode = true;
         ErrorText = nullptr;
-        Slept.clear();
         Installers.clear();
         SetInstallerExitCode(L"0");
     }
@@ -59,7 +60,6 @@ protected:
         return GetHandleInformation(handle, &flags) != FALSE;
     }
 
-    static inline std::vector<DWORD> Slept;       // milliseconds
     static inline std::vector<HANDLE> Installers; // as the shell returned them
 
 private:
@@ -77,7 +77,7 @@ private:
         return TRUE;
     }
 
-    ImportPatch<decltype(Sleep)> sleep_{"Sleep", [](DWORD milliseconds) { Slept.push_back(milliseconds); }};
+    ImportPatch<decltype(Sleep)> sleep_{"Sleep", [](DWORD) {}};
     ImportPatch<decltype(ShellExecuteExW)> execute_{"ShellExecuteExW", Execute};
 };
 
@@ -100,9 +100,8 @@ TEST_F(Worker, ReturnsZeroWhenThePassSucceeds) {
     EXPECT_EQ(ErrorText, nullptr);
 }
 
-TEST_F(Worker, SleepsASecondBeforeItWaitsForTheInstaller) {
-    InstallationWorker(nullptr);
-    EXPECT_EQ(Slept, std::vector<DWORD>{1000});
+TEST_F(Worker, EntersASingleThreadedApartment) {
+    EXPECT_TRUE(EntersSingleThreadedApartment([] { InstallationWorker(nullptr); }));
 }
 
 TEST_F(Worker, ClosesTheInstallersHandleAfterASuccess) {
@@ -144,6 +143,17 @@ TEST_F(Worker, FailsWhenTheInstallersExitCodeCannotBeRead) {
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
     EXPECT_TRUE(HasLogged(L"ERROR: Failed to get the process exit code: 5"));
     EXPECT_TRUE(ErrorText->ends_with(L" (0x80070005)"));
+}
+
+TEST_F(Worker, FailsWhenTheShellStartedNoProcess) {
+    const ImportPatch<decltype(ShellExecuteExW)> execute("ShellExecuteExW", [](SHELLEXECUTEINFOW* execution) -> BOOL {
+        execution->hProcess = nullptr;
+        return TRUE;
+    });
+    EXPECT_EQ(InstallationWorker(nullptr), 1U);
+    EXPECT_TRUE(HasLogged(L"Waiting for installer to finish"));
+    EXPECT_TRUE(HasLogged(L"ERROR: Failed to get the process exit code: 6"));
+    EXPECT_TRUE(ErrorText->ends_with(L" (0x80070006)"));
 }
 
 TEST_F(Worker, FailsWhenTheUserRefusesElevation) {
@@ -229,6 +239,13 @@ protected:
         Worker::TearDown();
     }
 
+    /// One pass on the thread of the test, as if the window had been closed meanwhile.
+    static void RunOnce() {
+        ExitRequested = true;
+        SetEvent(ContinueEvent);
+        EXPECT_EQ(InstallationWorker(nullptr), 0U);
+    }
+
     void Start() {
         worker_ = std::jthread([this] { result_ = InstallationWorker(nullptr); });
     }
@@ -277,6 +294,42 @@ TEST_F(WindowedWorker, PostsInstallingAndCompleted) {
     ASSERT_GE(log.size(), 3U);
     EXPECT_EQ(Entries(log.end() - 3, log.end()), (Entries{L"State: Complete", L"Waiting for a signal",
                                                           L"Exit signalled, returning from background process"}));
+}
+
+TEST_F(WindowedWorker, SleepsASecondAndThenWaitsWithoutEndForTheInstallerAndForASignal) {
+    using Wait = std::pair<HANDLE, DWORD>; // in milliseconds; a sleep has no handle
+    static std::vector<Wait> waits;
+    static auto* const Original = ImportedNow<decltype(WaitForSingleObject)>("WaitForSingleObject");
+    waits.clear();
+    const auto recordSleep = [](DWORD milliseconds) { waits.emplace_back(nullptr, milliseconds); };
+    const auto recordWait = [](HANDLE handle, DWORD milliseconds) -> DWORD {
+        waits.emplace_back(handle, milliseconds);
+        return Original(handle, milliseconds);
+    };
+    const ImportPatch<decltype(Sleep)> sleep("Sleep", recordSleep);
+    const ImportPatch<decltype(WaitForSingleObject)> wait("WaitForSingleObject", recordWait);
+    RunOnce();
+    ASSERT_EQ(Installers.size(), 1U);
+    EXPECT_EQ(waits, (std::vector<Wait>{{nullptr, 1000}, {Installers[0], INFINITE}, {ContinueEvent, INFINITE}}));
+}
+
+TEST_F(WindowedWorker, LogsItsSuccessThenPostsItAndThenClosesTheInstallersHandle) {
+    static auto* const Original = ImportedNow<decltype(CloseHandle)>("CloseHandle");
+    const ImportPatch<decltype(PostMessageW)> post("PostMessageW", [](HWND, UINT, WPARAM, LPARAM) -> BOOL {
+        Log(true) << L"(posted)";
+        return TRUE;
+    });
+    const ImportPatch<decltype(CloseHandle)> close("CloseHandle", [](HANDLE handle) -> BOOL {
+        if (!Installers.empty() && handle == Installers[0])
+            Log(true) << L"(closed)";
+        return Original(handle);
+    });
+    RunOnce();
+    const Entries log = Logged();
+    const auto success = std::ranges::find(log, L"State: Complete");
+    EXPECT_EQ(Entries(success, log.end()),
+              (Entries{L"State: Complete", L"(posted)", L"(closed)", L"Waiting for a signal",
+                       L"Exit signalled, returning from background process"}));
 }
 
 TEST_F(WindowedWorker, PostsInstallingWithoutButtonsAndLeavesTheFocusAlone) {

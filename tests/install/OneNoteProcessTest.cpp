@@ -240,6 +240,10 @@ TEST_F(OneNoteSearch, ThatFindsNothingNeedsNoWait) {
     EXPECT_EQ(Logged(), (Entries{L"Begin processing", Checking}));
 }
 
+TEST_F(OneNoteSearch, IsMadeInASingleThreadedApartment) {
+    EXPECT_TRUE(EntersSingleThreadedApartment(WaitForOneNoteToExit));
+}
+
 TEST_F(OneNoteSearch, ThatFailsEndsTheWaitWithItsError) {
     const ListFails fails;
     EXPECT_EQ(ThrownBy(WaitForOneNoteToExit), E_UNEXPECTED);

@@ -65,6 +65,7 @@ protected:
     void SetUp() override {
         Payload::SetUp();
         Error = ERROR_SUCCESS;
+        Process = nullptr;
     }
 
     static inline SHELLEXECUTEINFOW Asked;
@@ -164,7 +165,7 @@ TEST_F(ShellExecution, IsAskedForExactlyThis) {
 }
 
 TEST_F(ShellExecution, WithoutConfigurationEndsInABlank) {
-    ExtractAndRunInstaller();
+    EXPECT_FALSE(ExtractAndRunInstaller()) << "the shell started no process";
     EXPECT_EQ(Parameters, TempPath(L"") + L" ");
     EXPECT_EQ(Asked.hwnd, nullptr);
 }
