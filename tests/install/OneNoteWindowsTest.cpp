@@ -132,6 +132,19 @@ TEST_F(PostedCloses, AreNoneWhenTheApplicationIsNull) {
     EXPECT_TRUE(Posted.empty());
 }
 
+TEST_F(PostedCloses, AreNoneWhenAServerGivesNoObject) {
+    const ImportPatch<decltype(CoCreateInstance)> create(
+        "CoCreateInstance", [](REFCLSID, LPUNKNOWN, DWORD, REFIID, LPVOID* object) -> HRESULT {
+            *object = nullptr;
+            return S_OK;
+        });
+    OneNoteApplicationPtr application;
+    EXPECT_EQ(CreateOneNoteApplication(application), S_OK);
+    EXPECT_EQ(application.GetInterfacePtr(), nullptr);
+    EXPECT_EQ(Close().result, E_POINTER);
+    EXPECT_TRUE(Posted.empty());
+}
+
 TEST_F(PostedCloses, BeginWhenAllWindowsAreKnown) {
     const FramedWindow first;
     const FramedWindow second;
