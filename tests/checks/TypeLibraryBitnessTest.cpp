@@ -24,20 +24,13 @@ protected:
     }
 };
 
-/// The four paths of version 1.1, as they are stored; empty for a missing one.
-struct Paths {
-    std::wstring win32Native;
-    std::wstring win64Native;
-    std::wstring win32Wow64;
-    std::wstring win64Wow64;
-};
-
 void Store(const std::wstring& subkey, const std::wstring& data) {
     if (!data.empty())
         SetValueOf(HKEY_CLASSES_ROOT, subkey.c_str(), nullptr, REG_SZ, Bytes(data));
 }
 
-void StorePaths(const Paths& paths) {
+/// For version 1.1; an empty path is not stored.
+void StorePaths(const TypeLibFileList& paths) {
     Store(L"TypeLib\\{L}\\1.1\\0\\Win32", paths.win32Native);
     Store(L"TypeLib\\{L}\\1.1\\0\\Win64", paths.win64Native);
     Store(L"Wow6432Node\\TypeLib\\{L}\\1.1\\0\\Win32", paths.win32Wow64);
@@ -66,19 +59,11 @@ const std::wstring EmptyButTerminated = L"\0"s;
 
 struct Verdict {
     const char* name;
-    Paths paths;
+    TypeLibFileList files;
     bool only32Bit;
 };
 
-class BitnessVerdict : public TypeLibraryBitness, public testing::WithParamInterface<Verdict> {};
-
-struct Spelling {
-    const char* name;
-    const wchar_t* path;
-    bool isX86;
-};
-
-class PathSpelling : public TypeLibraryBitness, public testing::WithParamInterface<Spelling> {};
+class BitnessVerdict : public testing::TestWithParam<Verdict> {};
 
 /// A path as it is stored, and the entry about the file, empty for none; "(file)" stands for a file that exists.
 struct RegisteredPath {
@@ -171,6 +156,22 @@ TEST_F(TypeLibraryBitness, ShowsTheRegistrationTheFilesAndTheVerdictOfTheWantedV
                         }));
 }
 
+TEST_F(TypeLibraryBitness, IsX86WhenTheLibraryIsRegisteredFor32BitProgramsOnly) {
+    StorePaths({X86, L"", L"", L""});
+    EXPECT_TRUE(Check({L"1.1"}, L"1.1"));
+    EXPECT_EQ(LoggedBehindTheBlock(), (Entries{
+                                          L"Error: File DOES NOT exist: C:\\x86\\a.exe",
+                                          L"",
+                                          L"Checking bitness for this type library",
+                                          L"Win32 Native: x86 C:\\x86\\a.exe\\3\0"s,
+                                          L"Win32 Wow64: x64 ",
+                                          L"Win64 Native: ",
+                                          L"Win64 Wow64: ",
+                                          L"Result: x86 detected",
+                                          L"",
+                                      }));
+}
+
 TEST_F(TypeLibraryBitness, IsToldOfTheWantedVersionOnly) {
     StorePaths({X86, L"", L"", L""});
     Store(L"TypeLib\\{L}\\1.0\\0\\Win32", Plain);
@@ -224,56 +225,35 @@ TEST_F(TypeLibraryBitness, TakesANumberInThePlaceOfAPathForNone) {
 INSTANTIATE_TEST_SUITE_P(
     , BitnessVerdict,
     testing::Values(Verdict{"NothingRegistered", {}, false}, Verdict{"X86Native", {X86, L"", L"", L""}, true},
+                    Verdict{"X86InCapitals", {L"C:\\PROGRAM FILES (X86)\\a.dll", L"", L"", L""}, true},
                     Verdict{"X86InBothViews", {X86, L"", X86, L""}, true},
+                    Verdict{"X86InCapitalsInBothViews", {L"C:\\X86\\a", L"", L"C:\\X86\\a", L""}, true},
                     Verdict{"X86NativeButNotInThe32BitView", {X86, L"", Plain, L""}, false},
                     Verdict{"X86InThe32BitViewOnly", {L"", L"", X86, L""}, false},
                     Verdict{"X86InThe32BitViewButNotNative", {Plain, L"", X86, L""}, false},
                     Verdict{"NotX86", {Plain, L"", L"", L""}, false},
                     Verdict{"NotX86InBothViews", {Plain, L"", Plain, L""}, false},
-                    Verdict{"Win64Native", {X86, Plain, X86, L""}, false},
-                    Verdict{"Win64InThe32BitView", {X86, L"", X86, Plain}, false},
+                    Verdict{"Win64Native", {X86, Plain, L"", L""}, false},
+                    Verdict{"Win64InThe32BitView", {X86, L"", L"", Plain}, false},
+                    Verdict{"Win64InBothViews", {X86, Plain, X86, Plain}, false},
                     Verdict{"Win64InAnX86Folder", {X86, X86, X86, L""}, false},
+                    Verdict{"Win64InAnX86FolderInThe32BitView", {X86, L"", X86, X86}, false},
                     Verdict{"Win64OnlyNative", {L"", X86, L"", L""}, false},
                     Verdict{"Win64EmptyButTerminated", {X86, EmptyButTerminated, L"", L""}, false},
                     Verdict{"Win64EmptyButTerminatedInThe32BitView", {X86, L"", L"", EmptyButTerminated}, false},
-                    Verdict{"Win32EmptyButTerminatedInThe32BitView", {X86, L"", EmptyButTerminated, L""}, false}),
+                    Verdict{"Win32EmptyButTerminated", {EmptyButTerminated, L"", X86, L""}, false},
+                    Verdict{"Win32EmptyButTerminatedInThe32BitView", {X86, L"", EmptyButTerminated, L""}, false},
+                    Verdict{"X86AtTheStart", {L"x86\\a.dll", L"", L"", L""}, true},
+                    Verdict{"X86AtTheEnd", {L"C:\\a.x86", L"", L"", L""}, true},
+                    Verdict{"X86WithinAWord", {L"C:\\CommonX86\\a.dll", L"", L"", L""}, true},
+                    Verdict{"ShortName", {L"C:\\PROGRA~2\\a.dll", L"", L"", L""}, false},
+                    Verdict{"X86Apart", {L"C:\\x 86\\a.dll", L"", L"", L""}, false},
+                    Verdict{"X64", {L"C:\\CommonX64\\a.dll", L"", L"", L""}, false},
+                    Verdict{"I386", {L"C:\\i386\\86x\\a.dll", L"", L"", L""}, false}),
     NameOf);
 
 TEST_P(BitnessVerdict, IsX86ForX86PathsWithoutAnyFor64Bit) {
-    const Verdict& item = GetParam();
-    StorePaths(item.paths);
-    EXPECT_EQ(Check({L"1.1"}, L"1.1"), item.only32Bit);
-    const auto x86OrX64 = [](const std::wstring& path) {
-        return path.find(L"x86") != std::wstring::npos ? L"x86 " : L"x64 ";
-    };
-    const Entries log = Logged();
-    ASSERT_GE(log.size(), 8U);
-    EXPECT_EQ(Entries(log.end() - 8, log.end()),
-              (Entries{
-                  L"",
-                  L"Checking bitness for this type library",
-                  L"Win32 Native: " + (x86OrX64(item.paths.win32Native) + item.paths.win32Native),
-                  L"Win32 Wow64: " + (x86OrX64(item.paths.win32Wow64) + item.paths.win32Wow64),
-                  L"Win64 Native: " + item.paths.win64Native,
-                  L"Win64 Wow64: " + item.paths.win64Wow64,
-                  item.only32Bit ? L"Result: x86 detected" : L"Result: x64 detected",
-                  L"",
-              }));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , PathSpelling,
-    testing::Values(Spelling{"ProgramFiles", L"C:\\Program Files (x86)\\a.dll", true},
-                    Spelling{"InCapitals", L"C:\\PROGRAM FILES (X86)\\a.dll", true},
-                    Spelling{"AtTheStart", L"x86\\a.dll", true}, Spelling{"AtTheEnd", L"C:\\a.x86", true},
-                    Spelling{"WithinAWord", L"C:\\CommonX86\\a.dll", true},
-                    Spelling{"ShortName", L"C:\\PROGRA~2\\a.dll", false}, Spelling{"Apart", L"C:\\x 86\\a.dll", false},
-                    Spelling{"X64", L"C:\\CommonX64\\a.dll", false}, Spelling{"I386", L"C:\\i386\\86x\\a.dll", false}),
-    NameOf);
-
-TEST_P(PathSpelling, IsLookedForInTheWholePath) {
-    RegisterText(L"TypeLib\\{L}\\1.1\\0\\Win32", nullptr, GetParam().path);
-    EXPECT_EQ(Check({L"1.1"}, L"1.1"), GetParam().isX86);
+    EXPECT_EQ(IsFor32BitOnly(GetParam().files), GetParam().only32Bit);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -283,6 +263,7 @@ INSTANTIATE_TEST_SUITE_P(
                     RegisteredPath{"ThereBehindItsIndex", L"(file)\\3\0"s, L"File exists: (file)"},
                     RegisteredPath{"UnterminatedIndex", L"(file)\\3", L"Error: File DOES NOT exist: (file)\\3"},
                     RegisteredPath{"AnotherCharacterForTheNul", L"(file)\\3x", L"File exists: (file)"},
+                    RegisteredPath{"LongIndexUnterminated", L"(file)\\32", L"File exists: (file)"},
                     RegisteredPath{"AnotherIndex", L"(file)\\2\0"s, L"Error: File DOES NOT exist: (file)\\2\0"s},
                     RegisteredPath{"LongIndex", L"(file)\\33\0"s, L"Error: File DOES NOT exist: (file)\\33\0"s},
                     RegisteredPath{"IndexTwice", L"(file)\\3\\3\0"s, L"Error: File DOES NOT exist: (file)\\3"},
@@ -308,12 +289,23 @@ TEST_P(FileCheck, SaysWhetherTheFileIsThere) {
     EXPECT_EQ(LoggedBehindTheBlock(), expected);
 }
 
-TEST_F(TypeLibraryBitness, ChecksTheFilesInTheOrderOfTheirEntries) {
+TEST_F(TypeLibraryBitness, ChecksTheFilesInTheOrderOfTheirEntriesAndShowsThemByBitness) {
     StorePaths({L"C:\\none1", L"C:\\none2", L"C:\\none3", L"C:\\none4"});
-    EXPECT_FALSE(Check({L"1.1"}, L""));
-    EXPECT_EQ(LoggedBehindTheBlock(),
-              (Entries{L"Error: File DOES NOT exist: C:\\none1", L"Error: File DOES NOT exist: C:\\none2",
-                       L"Error: File DOES NOT exist: C:\\none3", L"Error: File DOES NOT exist: C:\\none4"}));
+    EXPECT_FALSE(Check({L"1.1"}, L"1.1"));
+    EXPECT_EQ(LoggedBehindTheBlock(), (Entries{
+                                          L"Error: File DOES NOT exist: C:\\none1",
+                                          L"Error: File DOES NOT exist: C:\\none2",
+                                          L"Error: File DOES NOT exist: C:\\none3",
+                                          L"Error: File DOES NOT exist: C:\\none4",
+                                          L"",
+                                          L"Checking bitness for this type library",
+                                          L"Win32 Native: x64 C:\\none1",
+                                          L"Win32 Wow64: x64 C:\\none3",
+                                          L"Win64 Native: C:\\none2",
+                                          L"Win64 Wow64: C:\\none4",
+                                          L"Result: x64 detected",
+                                          L"",
+                                      }));
 }
 
 TEST_F(TypeLibraryFile, IsTakenForMissingWhenLockedAndDecidesAllTheSame) {
