@@ -8,7 +8,8 @@ bool StartWorkerThread() {
     WorkerDoneEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     if (ContinueEvent == nullptr || WorkerDoneEvent == nullptr)
         return false;
-    // Not checked: without a worker the window stays as it is, and the process stays after the window is closed.
+    // Not checked, since nothing could take the worker's place: the window then stays as it is, and the process stays
+    // when the window is closed.
     QueueUserWorkItem(InstallationWorker, nullptr, WT_EXECUTEDEFAULT);
     return true;
 }

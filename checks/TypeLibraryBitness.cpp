@@ -35,9 +35,9 @@ TypeLibFileList ReadFileList(const std::wstring& key) {
 void CheckFile(std::wstring path) {
     if (path.size() < 5)
         return;
-    // OneNote's library is resource 3 of its program: its path ends in "\3" and a NUL, which name no file and go. What
-    // comes behind the "\3" is not looked at: "\32" without a NUL goes too. Any other end stays, and such a file is not
-    // found.
+    // OneNote's library is resource 3 of its program: its path ends in "\3" and a NUL, which are no part of the file's
+    // name and are cut off. What stands behind the "\3" is not looked at, so a "\32" without its NUL is cut off too.
+    // Any other number stays, and such a file is not found.
     const std::size_t last3 = path.size() - 3;
     if (path.compare(last3, 2, L"\\3") == 0)
         path.resize(last3);

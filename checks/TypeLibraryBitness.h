@@ -21,8 +21,8 @@ bool IsFor32BitOnly(const TypeLibFileList& files);
 /// braces) is registered, in a block titled with `name`, and whether the files exist that are registered for it. A file
 /// exists when it can be opened for reading; a path of less than five characters, its NUL included, is not looked for.
 ///
-/// For the version that equals `wanted` it adds whether the library `IsFor32BitOnly`, and returns that. An empty path
-/// counts as one when it is stored with its NUL, and whatever can't be read is missing. False when no version equals
+/// For the version that equals `wanted` it adds whether the library `IsFor32BitOnly`, and returns that. A path
+/// that is nothing but its NUL is not empty, and whatever can't be read is. False when no version equals
 /// `wanted`.
 ///
 /// Changes nothing and fails only without memory. Main thread, before a second one exists.

@@ -56,7 +56,8 @@ foreach(source IN LISTS linted)
             COMMAND "${CLANG_TIDY}" ${tidy_arguments} "${source}"
             COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}"
             COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
-            DEPENDS onenote-library "${source}" ${headers} "${PROJECT_SOURCE_DIR}/.clang-tidy" "${PROJECT_SOURCE_DIR}/tests/.clang-tidy"
+            DEPENDS onenote-library "${source}" ${headers}
+                "${PROJECT_SOURCE_DIR}/.clang-tidy" "${PROJECT_SOURCE_DIR}/tests/.clang-tidy"
             COMMENT "Analysing ${name}"
             VERBATIM)
         list(APPEND stamps "${stamp}")

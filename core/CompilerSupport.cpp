@@ -1,4 +1,4 @@
-// What mingw-w64's COM support library lacks. Nothing else in the tree is there for one compiler only.
+// What mingw-w64's COM support library lacks.
 
 #include <windows.h>
 

@@ -2,8 +2,6 @@
 
 #include "core/LanguageTable.h"
 
-#include <algorithm>
-
 namespace {
 
 /// What the table holds before a language is loaded.
@@ -18,7 +16,7 @@ constinit LanguageTexts LocalizedStrings = NoTexts;
 std::vector<LanguageEntry> ListLanguages() {
     std::vector<LanguageEntry> languages;
     languages.reserve(LanguageTable.size());
-    for (const SupportedLanguage& language : LanguageTable)
+    for (const LanguageRow& language : LanguageTable)
         languages.push_back({std::wstring(language.code), language.displayName});
     return languages;
 }
@@ -31,9 +29,12 @@ const std::vector<LanguageEntry>& SupportedLanguages() {
 }
 
 void LoadLocalizedStrings(std::wstring_view code) {
-    const auto* const language = std::ranges::find(LanguageTable, code, &SupportedLanguage::code);
-    if (language != LanguageTable.end())
-        LocalizedStrings = language->texts;
+    for (const LanguageRow& language : LanguageTable) {
+        if (language.code == code) {
+            LocalizedStrings = language.texts;
+            return;
+        }
+    }
 }
 
 const wchar_t* LocalizedText(StringId id) {

@@ -88,8 +88,8 @@ void DeleteTree(const RegistryEntry& entry) {
         ThrowIfWin32Failed(status);
 }
 
-/// The error's description, or nothing when the error carries none. By way of the ANSI code page, as this entry has
-/// always been written: letters that the system's code page lacks show as "?".
+/// The error's description, or nothing when the error carries none. In the letters of the system's ANSI code page, in
+/// which support staff read this entry: others are replaced.
 std::wstring AnsiDescription(const _com_error& error) {
     const _bstr_t description = error.Description();
     if (description.length() == 0)

@@ -48,8 +48,8 @@ bool OfficeUiLanguage(int version, std::wstring& code) {
         return false;
     const std::vector<std::wstring> pieces = SplitText(setting.stringData, L";");
     for (const std::wstring& piece : pieces) {
-        // Only up to its first NUL. So the strings of the list behind the first one don't count, but for what follows a
-        // ";" in them: that is how Office's list has always been read here.
+        // Up to its first NUL. So of the list's strings the first one counts, and of a later one only what follows a
+        // ";": which language the users of such an Office get depends on it.
         const auto lcid = static_cast<LCID>(_wtoi(piece.c_str()));
         if (MatchLcid(lcid, code))
             return true;

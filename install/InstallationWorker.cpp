@@ -18,13 +18,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Always slept before the wait for the elevated installer.
+/// The elevated installer is given this time to come up before it is waited for, however soon it ends.
 constexpr std::chrono::milliseconds StartUpTime = 1s;
 
 void PostState(ScreenStatus status) {
     if (UnattendedMode)
         return;
-    PendingScreenState = ScreenStateOf(status, PendingScreenState.focusIndex);
+    StorePendingScreenState(ScreenStateOf(status, LoadPendingScreenState().focusIndex));
     PostMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
 }
 
@@ -68,7 +68,7 @@ void InstallOnce(UniqueHandle& installer) {
 
 void ReportFailure(const _com_error& error) {
     SetErrorText(GetLocalizedString(StrInstallFailed) + L"\n\n" + ComErrorText(error));
-    Log(true) << L"ERROR: " << *ErrorText;
+    Log(true) << L"ERROR: " << *ErrorText.load();
     PostState(ScreenStatus::Failed);
 }
 
@@ -78,7 +78,7 @@ bool TryInstall() {
         InstallOnce(installer);
         return true;
     } catch (const _com_error& error) {
-        installer.Release(); // stays open: the failed process and its exit code can still be looked at
+        installer.Release(); // stays open: the process and its exit code can still be looked at
         ReportFailure(error);
         return false;
     }
@@ -88,7 +88,7 @@ bool TryInstall() {
 
 DWORD WINAPI InstallationWorker(void* /*context*/) {
     Log(true) << L"Begin processing";
-    CoInitialize(nullptr); // never taken back: the apartment lasts as long as the thread
+    CoInitialize(nullptr); // not balanced by CoUninitialize: the apartment lasts as long as the thread
     for (;;) {
         const bool installed = TryInstall();
         if (UnattendedMode)

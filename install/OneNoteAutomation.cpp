@@ -19,7 +19,7 @@ HRESULT CreateOneNoteApplication(OneNoteApplicationPtr& application) {
     UnknownPtr object;
     const HRESULT created = CoCreateInstance(CLSID_OneNoteApplication, nullptr, CLSCTX_ALL, IID_IUnknown,
                                              reinterpret_cast<void**>(&object));
-    if (FAILED(created) || object == nullptr) // a server may answer success and give nothing
+    if (FAILED(created) || !object) // a server may answer success and give nothing
         return created;
     const HRESULT running = OleRun(object);
     return SUCCEEDED(running) ? QueryApplication(object, application) : running;

@@ -81,7 +81,7 @@ bool WaitForOneNoteToExit() {
     using namespace std::chrono_literals;
     const std::chrono::seconds baseWait = DelayOption ? 10s : 5s;
     Log(true) << L"Begin processing";
-    CoInitialize(nullptr); // never taken back: the apartment lasts as long as the thread
+    CoInitialize(nullptr); // not balanced by CoUninitialize: the apartment lasts as long as the thread
     const UniqueHandle process = FindOneNoteProcess();
     if (!process)
         return true;

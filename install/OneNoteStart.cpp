@@ -14,7 +14,7 @@ void EnsureWindow(const OneNoteApplicationPtr& application) {
 }
 
 void BringToFront(const OneNoteApplicationPtr& application) {
-    CoAllowSetForegroundWindow(application, nullptr); // refused, OneNote comes up behind another window
+    CoAllowSetForegroundWindow(application, nullptr); // if this is refused, OneNote comes up behind another window
     const OneNoteWindowsPtr windows = WindowsOf(application);
     OneNoteWindowPtr window;
     ThrowIfCallFailed(windows->get_CurrentWindow(&window), windows);

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -35,11 +36,16 @@ inline constexpr UINT WM_APPLYSTATE = WM_USER + 0x100;
 /// The screen that `WM_APPLYSTATE` shows. The worker fills it and posts; the window's thread fills it only when the
 /// worker waits for Retry. It has no lock: a pass that fails right after it began overwrites the record while the
 /// window may be applying it. The window then shows fields of both screens for a moment, until the message that follows
-/// shows the record whole. Each field is read and written in one piece, and no text in it is ever moved or freed.
+/// shows the record whole. No text in it is ever moved or freed.
 inline ScreenState PendingScreenState;
 
+// Write and read the record field by field, each in one piece, whatever the other thread does meanwhile. Any thread.
+
+void StorePendingScreenState(const ScreenState& state);
+ScreenState LoadPendingScreenState();
+
 /// What the Failed screen shows; null until a pass has failed. The worker sets it before that screen's record.
-inline const std::wstring* ErrorText = nullptr;
+inline std::atomic<const std::wstring*> ErrorText = nullptr;
 
 /// Makes `text` the `ErrorText`. Earlier ones stay where they are as long as the process lives: the window may be
 /// reading one. One thread at a time.

@@ -2,11 +2,12 @@
 
 #include <windows.h>
 
-// Through what worker and window reach each other, apart from the screens (install/ScreenState.h). Plain values, which
+// What worker and window use to reach each other, apart from the screens (install/ScreenState.h). Plain values, which
 // the main thread writes before the worker's thread exists, unless a line says otherwise. They live as long as the
 // process.
 
-/// The installer window; null while there is none, as always in unattended mode.
+/// The installer window. Null before it is created, and always in unattended mode; keeps its value when the window is
+/// gone.
 inline HWND MainWindow = nullptr;
 
 /// Auto-reset. Signalled by Retry, and when the worker shall end.

@@ -6,7 +6,7 @@ declare -A office_languages # the identifier by which Office names each
 while read -r code _ lcid _; do
     languages+=("$code")
     office_languages[$code]=$lcid
-done < <(grep -v '^#' "$(dirname "${BASH_SOURCE[0]}")/../core/languages/languages.txt")
+done < <(grep '^[^#]' "$(dirname "${BASH_SOURCE[0]}")/../core/languages/languages.txt")
 
 # The font that stands in for Segoe UI.
 font_of() { # LANGUAGE

@@ -18,7 +18,7 @@ complain() {
 
 # FILE:LINE:FLOOR/INCLUDED for every include of a project's file.
 includes_of() { # FLOOR
-    { grep -rn '^#include "' "$1" || true; } | sed 's/#include "\(.*\)".*/\1/'
+    { grep -rnE '^ *# *include *["<][^">]*/' "$1" || true; } | sed -E 's/ *# *include *["<]([^">]*).*/\1/'
 }
 
 below=
@@ -30,7 +30,7 @@ for floor in "${floors[@]}"; do
     done < <(includes_of "$floor")
     [ "$floor" = ui ] || while IFS=: read -r file line _; do
         complain "$file:$line includes gdiplus.h outside ui/"
-    done < <(grep -rn '^#include <gdiplus\.h>' "$floor")
+    done < <(grep -rnE '^ *# *include *["<]gdiplus' "$floor")
 done
 
 # tsort names the files of a circle.

@@ -19,7 +19,7 @@ std::unique_ptr<Gdiplus::Font> MakeFont(const Gdiplus::FontFamily* family) {
     return std::make_unique<Gdiplus::Font>(family, pixels, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel);
 }
 
-/// Not by the constructor that takes a name: it falls back to the generic family, but mingw-w64's does not.
+/// Not by the constructor that takes a name: Microsoft's falls back to the generic family, mingw-w64's does not.
 std::unique_ptr<Gdiplus::Font> MakeStatusFont() {
     const Gdiplus::FontFamily family(Family);
     auto font = MakeFont(family.GetLastStatus() == Gdiplus::Ok ? &family : Gdiplus::FontFamily::GenericSansSerif());
@@ -30,19 +30,21 @@ std::unique_ptr<Gdiplus::Font> MakeStatusFont() {
 
 HFONT MakeControlFont() {
     const HDC screen = GetDC(nullptr);
-    LOGFONTW description{}; // stays so for an empty font, and GDI chooses one
+    HFONT font = nullptr;
     {
         const Gdiplus::Graphics graphics(screen);
+        LOGFONTW description{}; // stays so for an empty font, and GDI chooses one
         StatusFontObject->GetLogFontW(&graphics, &description);
+        font = CreateFontIndirectW(&description);
     }
     ReleaseDC(nullptr, screen);
-    return CreateFontIndirectW(&description);
+    return font;
 }
 
 } // namespace
 
 void StartGraphics() {
-    CoInitialize(nullptr); // once more on this thread, without harm, and never taken back
+    CoInitialize(nullptr); // once more on this thread, and not balanced by CoUninitialize: the apartment stays
     ULONG_PTR token = 0;   // not kept: GDI+ is never shut down
     const Gdiplus::GdiplusStartupInput input;
     Gdiplus::GdiplusStartup(&token, &input, nullptr);

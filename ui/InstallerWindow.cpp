@@ -26,8 +26,8 @@ void ApplyButton(HWND button, bool enabled, const wchar_t* label, bool focused) 
 }
 
 void Retry() {
-    PendingScreenState = ScreenStateOf(ScreenStatus::Checking, PendingScreenState.focusIndex);
-    ApplyScreenState(PendingScreenState);
+    StorePendingScreenState(ScreenStateOf(ScreenStatus::Checking, LoadPendingScreenState().focusIndex));
+    ApplyScreenState(LoadPendingScreenState());
     SetEvent(ContinueEvent);
 }
 
@@ -97,7 +97,7 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
         OnCommand(wParam, lParam);
         break;
     case WM_APPLYSTATE:
-        ApplyScreenState(PendingScreenState);
+        ApplyScreenState(LoadPendingScreenState());
         break;
     default:
         break;

@@ -4,9 +4,10 @@
 
 #include <windows.h>
 
-// The installer window and what it knows: the window's thread only. The handles live as long as the window.
+// The installer window and what it knows: the window's thread only.
 
-/// Its right button and its left one. Null while there is no window, and a button that could not be created.
+/// Its right button and its left one. Null before they are created, and a button that can't be; they keep their values
+/// when the window is gone.
 inline HWND PrimaryButton = nullptr;
 inline HWND SecondaryButton = nullptr;
 

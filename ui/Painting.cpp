@@ -27,7 +27,7 @@ std::wstring StatusText(ScreenStatus status) {
     case ScreenStatus::Installing:
         return GetLocalizedString(StrInstalling);
     case ScreenStatus::Failed:
-        return ErrorText != nullptr ? *ErrorText : std::wstring();
+        return ErrorText != nullptr ? *ErrorText.load() : std::wstring();
     case ScreenStatus::Completed:
         return GetLocalizedString(StrInstallCompleted);
     }

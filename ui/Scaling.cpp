@@ -12,7 +12,7 @@ float PixelsPerPoint(int capability) {
 }
 
 int Rounded(float pixels) {
-    return static_cast<int>(pixels + 0.5F); // truncates
+    return static_cast<int>(pixels + 0.5F);
 }
 
 } // namespace

@@ -97,7 +97,7 @@ TEST_F(Worker, ReturnsZeroWhenThePassSucceeds) {
     EXPECT_TRUE(HasLogged(L"Waiting for installer to finish"));
     EXPECT_TRUE(HasLogged(L"Updated to 2688"));
     EXPECT_EQ(std::ranges::count(log, L"Internet Security Settings"), 2);
-    EXPECT_EQ(ErrorText, nullptr);
+    EXPECT_EQ(ErrorText.load(), nullptr);
 }
 
 TEST_F(Worker, EntersASingleThreadedApartment) {
@@ -121,11 +121,11 @@ TEST_F(Worker, LeavesTheInstallersHandleOpenAfterAFailure) {
 TEST_F(Worker, TakesTheInstallersExitCodeForAnHresult) {
     SetInstallerExitCode(L"-100");
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
-    EXPECT_EQ(*ErrorText, std::wstring(Failed) + L"Failed to read installation resource. (0xffffff9c)");
+    EXPECT_EQ(*ErrorText.load(), std::wstring(Failed) + L"Failed to read installation resource. (0xffffff9c)");
     const Entries log = Logged();
     ASSERT_GE(log.size(), 2U);
     EXPECT_EQ(log[log.size() - 2], L"ERROR: Installer reported failure: 4294967196");
-    EXPECT_EQ(log.back(), L"ERROR: " + *ErrorText);
+    EXPECT_EQ(log.back(), L"ERROR: " + *ErrorText.load());
     EXPECT_FALSE(HasLogged(L"State: Complete"));
 }
 
@@ -142,7 +142,7 @@ TEST_F(Worker, FailsWhenTheInstallersExitCodeCannotBeRead) {
     });
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
     EXPECT_TRUE(HasLogged(L"ERROR: Failed to get the process exit code: 5"));
-    EXPECT_TRUE(ErrorText->ends_with(L" (0x80070005)"));
+    EXPECT_TRUE(ErrorText.load()->ends_with(L" (0x80070005)"));
 }
 
 TEST_F(Worker, FailsWhenTheShellStartedNoProcess) {
@@ -153,7 +153,7 @@ TEST_F(Worker, FailsWhenTheShellStartedNoProcess) {
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
     EXPECT_TRUE(HasLogged(L"Waiting for installer to finish"));
     EXPECT_TRUE(HasLogged(L"ERROR: Failed to get the process exit code: 6"));
-    EXPECT_TRUE(ErrorText->ends_with(L" (0x80070006)"));
+    EXPECT_TRUE(ErrorText.load()->ends_with(L" (0x80070006)"));
 }
 
 TEST_F(Worker, FailsWhenTheUserRefusesElevation) {
@@ -162,7 +162,7 @@ TEST_F(Worker, FailsWhenTheUserRefusesElevation) {
         return FALSE;
     });
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
-    EXPECT_EQ(*ErrorText, Failed + ComErrorText(_com_error(HRESULT_FROM_WIN32(ERROR_CANCELLED))));
+    EXPECT_EQ(*ErrorText.load(), Failed + ComErrorText(_com_error(HRESULT_FROM_WIN32(ERROR_CANCELLED))));
 }
 
 TEST_F(Worker, FailsWhenTheProtocolsCannotBeUpdatedThoughTheInstallerSucceeded) {
@@ -171,14 +171,14 @@ TEST_F(Worker, FailsWhenTheProtocolsCannotBeUpdatedThoughTheInstallerSucceeded) 
                                                            LPSECURITY_ATTRIBUTES, PHKEY,
                                                            LPDWORD) -> LSTATUS { return ERROR_ACCESS_DENIED; });
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
-    EXPECT_TRUE(ErrorText->ends_with(L" (0x80070005)"));
+    EXPECT_TRUE(ErrorText.load()->ends_with(L" (0x80070005)"));
 }
 
 TEST_F(Worker, FailsWhenTheProcessesCannotBeListed) {
     const ImportPatch<decltype(EnumProcesses)> list("K32EnumProcesses",
                                                     [](DWORD*, DWORD, DWORD*) -> BOOL { return FALSE; });
     EXPECT_EQ(InstallationWorker(nullptr), 1U);
-    EXPECT_EQ(*ErrorText, Failed + ComErrorText(_com_error(E_UNEXPECTED)));
+    EXPECT_EQ(*ErrorText.load(), Failed + ComErrorText(_com_error(E_UNEXPECTED)));
 }
 
 TEST_F(Worker, FailsWhenTheFoundProgramSurvivesItsTermination) {
@@ -190,8 +190,8 @@ TEST_F(Worker, FailsWhenTheFoundProgramSurvivesItsTermination) {
                                                                 [](HANDLE, UINT) -> BOOL { return FALSE; });
         EXPECT_EQ(InstallationWorker(nullptr), 1U);
     }
-    EXPECT_EQ(*ErrorText, Failed + SystemMessage(static_cast<HRESULT>(0x80070020)) + L" (0x80070020)");
-    EXPECT_EQ(Logged().back(), L"ERROR: " + *ErrorText);
+    EXPECT_EQ(*ErrorText.load(), Failed + SystemMessage(static_cast<HRESULT>(0x80070020)) + L" (0x80070020)");
+    EXPECT_EQ(Logged().back(), L"ERROR: " + *ErrorText.load());
     EXPECT_TRUE(Installers.empty());
 }
 
@@ -364,7 +364,7 @@ TEST_F(WindowedWorker, PostsFailedWithTheErrorText) {
     EXPECT_STREQ(PendingScreenState.primaryLabel, L"&Retry >");
     EXPECT_STREQ(PendingScreenState.secondaryLabel, L"");
     EXPECT_EQ(PendingScreenState.focusIndex, 0);
-    EXPECT_EQ(*ErrorText,
+    EXPECT_EQ(*ErrorText.load(),
               L"Installation failed:\n\nFailed to create temporary file. Make sure you have enough disk space "
               L"and then click Retry. (0xffffff9d)");
     EXPECT_EQ(End(), 0U);

@@ -92,12 +92,30 @@ TEST(FailureTexts, StayWhereTheyAreWhenAnotherOneIsSet) {
     std::vector<const wchar_t*> characters;
     for (int number = 0; number < 1000; ++number) {
         SetErrorText(L"Some error that is too long to stand in the string itself: " + std::to_wstring(number));
-        texts.push_back(ErrorText);
-        characters.push_back(ErrorText->c_str());
+        texts.push_back(ErrorText.load());
+        characters.push_back(ErrorText.load()->c_str());
     }
     for (std::size_t number = 0; number < texts.size(); ++number) {
         EXPECT_EQ(texts[number]->c_str(), characters[number]);
         EXPECT_TRUE(texts[number]->ends_with(L": " + std::to_wstring(number)));
     }
     ErrorText = nullptr;
+}
+
+TEST(ScreenStates, AreStoredAndLoadedWhole) {
+    const ScreenState state{.status = ScreenStatus::Completed,
+                            .primaryEnabled = true,
+                            .secondaryEnabled = true,
+                            .primaryLabel = L"primary",
+                            .secondaryLabel = L"secondary",
+                            .focusIndex = 1};
+    StorePendingScreenState(state);
+    const ScreenState loaded = LoadPendingScreenState();
+    StorePendingScreenState({});
+    EXPECT_EQ(loaded.status, state.status);
+    EXPECT_TRUE(loaded.primaryEnabled);
+    EXPECT_TRUE(loaded.secondaryEnabled);
+    EXPECT_EQ(loaded.primaryLabel, state.primaryLabel);
+    EXPECT_EQ(loaded.secondaryLabel, state.secondaryLabel);
+    EXPECT_EQ(loaded.focusIndex, 1);
 }

@@ -59,7 +59,7 @@ using LanguageOnAUkrainianWindows = Language;
 /// The newest Office in each of the languages.
 std::vector<LanguageCase> EveryLanguageOfOffice() {
     std::vector<LanguageCase> cases;
-    for (const SupportedLanguage& language : LanguageTable) {
+    for (const LanguageRow& language : LanguageTable) {
         std::string name(language.code.begin(), language.code.end());
         std::erase(name, '-');
         cases.push_back({name, {{L"16.0", language.officeLcid}}, language.code});
