@@ -2,6 +2,7 @@
 
 #include "tests/support/ImportPatch.h"
 #include "tests/support/Layouts.h"
+#include "tests/support/LiveObjects.h"
 
 #include <array>
 #include <cstring>
@@ -141,4 +142,19 @@ TEST_F(Fonts, AreMadeWithGraphicsStartedByDefault) {
     EXPECT_FALSE(input.SuppressExternalCodecs);
     EXPECT_FALSE(withOutput);
     EXPECT_EQ(StatusFont().GetLastStatus(), Gdiplus::Ok);
+}
+
+TEST_F(Fonts, AreAllThatIsLeftOfWhatTheyAreMadeFrom) {
+    {
+        const LiveGraphics graphics;
+        StartGraphics();
+        EXPECT_GT(LiveGraphics::CountMade(), 1U);
+        EXPECT_EQ(LiveGraphics::Count(), 1U) << "the font";
+        StartGraphics();
+        EXPECT_EQ(LiveGraphics::Count(), 1U) << "the second font, which replaces the first one";
+    }
+    const LiveDeviceContexts contexts;
+    StartGraphics();
+    EXPECT_GT(LiveDeviceContexts::CountMade(), 0U);
+    EXPECT_EQ(LiveDeviceContexts::Count(), 0U);
 }

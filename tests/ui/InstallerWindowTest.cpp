@@ -7,6 +7,7 @@
 #include "tests/support/ImportPatch.h"
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/Layouts.h"
+#include "tests/support/LiveObjects.h"
 #include "tests/support/LogText.h"
 #include "tests/support/WindowFixture.h"
 #include "ui/Logo.h"
@@ -135,7 +136,9 @@ TEST_F(InstallerWindow, IsPaintedWithOneImage) {
 TEST_F(InstallerWindow, EndsThePaintingThatItBegan) {
     static HDC begun;
     static HDC ended;
+    static std::size_t graphicsAtEnd;
     begun = ended = nullptr;
+    const LiveGraphics graphics;
     static decltype(&BeginPaint) originalBegin;
     originalBegin = ImportedNow<decltype(BeginPaint)>("BeginPaint");
     const ImportPatch<decltype(BeginPaint)> begin("BeginPaint", [](HWND window, PAINTSTRUCT* paint) {
@@ -147,11 +150,14 @@ TEST_F(InstallerWindow, EndsThePaintingThatItBegan) {
     const ImportPatch<decltype(EndPaint)> end("EndPaint", [](HWND window, const PAINTSTRUCT* paint) {
         EXPECT_EQ(window, MainWindow);
         ended = paint->hdc;
+        graphicsAtEnd = LiveGraphics::Count();
         return originalEnd(window, paint);
     });
     RedrawWindow(MainWindow, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
     EXPECT_NE(begun, nullptr);
     EXPECT_EQ(ended, begun);
+    EXPECT_GT(LiveGraphics::CountMade(), 0U);
+    EXPECT_EQ(graphicsAtEnd, 0U);
 }
 
 TEST_F(InstallerWindow, IsPaintedWithoutALogo) {

@@ -6,6 +6,7 @@
 #include "install/ScreenState.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/Layouts.h"
+#include "tests/support/LiveObjects.h"
 #include "tests/support/Picture.h"
 #include "ui/Fonts.h"
 #include "ui/Logo.h"
@@ -124,6 +125,15 @@ TEST_F(Painting, FillsTheBandWithLightGreyAndWritesInBlack) {
         });
     Paint(ScreenStatus::Checking);
     EXPECT_EQ(colours, (std::vector<Gdiplus::ARGB>{0xFFF0F0F0, 0xFF000000}));
+}
+
+TEST_F(Painting, ReleasesWhatItPaintsWith) {
+    const LiveGraphics graphics;
+    auto image = RenderScreen(ScreenStatus::Checking);
+    EXPECT_GT(LiveGraphics::CountMade(), 1U);
+    EXPECT_EQ(LiveGraphics::Count(), 1U) << "the image itself";
+    image.reset();
+    EXPECT_EQ(LiveGraphics::Count(), 0U);
 }
 
 TEST_F(Painting, CompositesInHighQuality) {
