@@ -271,6 +271,15 @@ struct SeekCase {
     std::optional<LONGLONG> to;
 };
 
+void ExpectSeek(IStream* stream, const SeekCase& seek) {
+    const auto& [name, from, move, origin, to] = seek;
+    MoveTo(stream, from);
+    ULARGE_INTEGER position = Unsigned(MAXULONGLONG);
+    EXPECT_EQ(stream->Seek(Signed(move), origin, &position), to ? S_OK : E_FAIL);
+    EXPECT_EQ(position.QuadPart, to ? static_cast<ULONGLONG>(*to) : MAXULONGLONG);
+    EXPECT_EQ(PositionOf(stream), to.value_or(from));
+}
+
 class SeekInTheLogoStream : public LogoStream, public testing::WithParamInterface<SeekCase> {};
 
 constexpr LONGLONG TwoTo31 = 1LL << 31;
@@ -314,12 +323,43 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& seek) { return seek.param.name; });
 
 TEST_P(SeekInTheLogoStream, MovesToItsTargetOrNotAtAll) {
-    const auto& [name, from, move, origin, to] = GetParam();
-    MoveTo(Stream, from);
-    ULARGE_INTEGER position = Unsigned(MAXULONGLONG);
-    EXPECT_EQ(Stream->Seek(Signed(move), origin, &position), to ? S_OK : E_FAIL);
-    EXPECT_EQ(position.QuadPart, to ? static_cast<ULONGLONG>(*to) : MAXULONGLONG);
-    EXPECT_EQ(PositionOf(Stream), to.value_or(from));
+    ExpectSeek(Stream, GetParam());
+}
+
+namespace {
+
+/// A stream over an image that seems to have as many bytes as 32 bits can count. Nobody may read from it.
+class SeekInAHugeImage : public testing::TestWithParam<SeekCase> {
+    ImportPatch<decltype(SizeofResource)> size_{"SizeofResource", [](HMODULE, HRSRC) -> DWORD { return MAXDWORD; }};
+};
+
+constexpr LONGLONG Last = TwoTo31 - 1;
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    , SeekInAHugeImage,
+    testing::Values(SeekCase{"ToTheLastOf31Bits", 10, Last, STREAM_SEEK_SET, Last},
+                    SeekCase{"Beyond31Bits", 10, Last + 1, STREAM_SEEK_SET, std::nullopt},
+                    SeekCase{"ToTheEndFromTheStart", 10, MAXDWORD, STREAM_SEEK_SET, std::nullopt},
+                    SeekCase{"ForwardToTheLastOf31Bits", 10, Last - 10, STREAM_SEEK_CUR, Last},
+                    SeekCase{"ForwardBeyond31Bits", 10, Last - 9, STREAM_SEEK_CUR, std::nullopt},
+                    SeekCase{"NowhereFromTheLastOf31Bits", Last, 0, STREAM_SEEK_CUR, Last},
+                    SeekCase{"ForwardFromTheLastOf31Bits", Last, 1, STREAM_SEEK_CUR, std::nullopt},
+                    SeekCase{"ForwardToTheEnd", Last, Last, STREAM_SEEK_CUR, std::nullopt},
+                    SeekCase{"BackFromTheLastOf31Bits", Last, -Last, STREAM_SEEK_CUR, 0},
+                    SeekCase{"FromTheEnd", 10, 0, STREAM_SEEK_END, std::nullopt},
+                    SeekCase{"BackFromTheEnd", 10, -1, STREAM_SEEK_END, std::nullopt},
+                    SeekCase{"BackFromTheEndToTheFirstBeyond31Bits", 10, -Last, STREAM_SEEK_END, std::nullopt},
+                    SeekCase{"BackFromTheEndToTheLastOf31Bits", 10, -TwoTo31, STREAM_SEEK_END, Last},
+                    SeekCase{"FromAnUnknownOriginToTheLastOf31Bits", 10, Last, 7, Last},
+                    SeekCase{"FromAnUnknownOriginBeyond31Bits", 10, Last + 1, 7, std::nullopt}),
+    [](const auto& seek) { return seek.param.name; });
+
+TEST_P(SeekInAHugeImage, MovesNoFurtherThan31Bits) {
+    IStream* const stream = new ResourceStream;
+    ExpectSeek(stream, GetParam());
+    stream->Release();
 }
 
 TEST_F(LogoStream, SeekNeedNotTellThePosition) {
