@@ -28,7 +28,16 @@ struct StateCase {
     ScreenStatus status;
     const wchar_t* primary;
     const wchar_t* secondary;
+    /// What is done to the buttons, in order.
+    const wchar_t* calls;
 };
+
+constexpr wchar_t NoButton[] = L"primary disabled; primary hidden; primary ; "
+                               L"secondary disabled; secondary hidden; secondary ; ";
+constexpr wchar_t OneButton[] = L"primary enabled; primary shown; primary &Retry >; primary focused; "
+                                L"secondary disabled; secondary hidden; secondary ; ";
+constexpr wchar_t TwoButtons[] = L"primary enabled; primary shown; primary &Close; "
+                                 L"secondary enabled; secondary shown; secondary &Start OneNote; secondary focused; ";
 
 class State : public InstallerWindow, public testing::WithParamInterface<StateCase> {};
 
@@ -45,14 +54,17 @@ std::string NameOf(const testing::TestParamInfo<ScreenStatus>& item) {
 
 TEST_P(State, HasItsButtonsWhenItIsPosted) {
     const StateCase& item = GetParam();
-    Show(ScreenStatus::Completed); // so that hiding shows
-    Show(item.status);
-    EXPECT_EQ(CaptionOf(PrimaryButton), item.primary);
-    EXPECT_EQ(CaptionOf(SecondaryButton), item.secondary);
-    EXPECT_EQ(IsWindowVisible(PrimaryButton) != FALSE, *item.primary != L'\0');
-    EXPECT_EQ(IsWindowVisible(SecondaryButton) != FALSE, *item.secondary != L'\0');
-    EXPECT_EQ(IsWindowEnabled(PrimaryButton) != FALSE, *item.primary != L'\0');
-    EXPECT_EQ(IsWindowEnabled(SecondaryButton) != FALSE, *item.secondary != L'\0');
+    for (const ScreenStatus former : AllStatuses) {
+        SCOPED_TRACE("after state " + std::to_string(static_cast<int>(former)));
+        Show(former);
+        Show(item.status);
+        EXPECT_EQ(CaptionOf(PrimaryButton), item.primary);
+        EXPECT_EQ(CaptionOf(SecondaryButton), item.secondary);
+        EXPECT_EQ(IsWindowVisible(PrimaryButton) != FALSE, *item.primary != L'\0');
+        EXPECT_EQ(IsWindowVisible(SecondaryButton) != FALSE, *item.secondary != L'\0');
+        EXPECT_EQ(IsWindowEnabled(PrimaryButton) != FALSE, *item.primary != L'\0');
+        EXPECT_EQ(IsWindowEnabled(SecondaryButton) != FALSE, *item.secondary != L'\0');
+    }
 }
 
 TEST_P(State, LooksTheSameWhenItIsAppliedAgain) {
@@ -70,11 +82,41 @@ TEST_P(State, LooksTheSameWhenItIsAppliedAgain) {
     EXPECT_FALSE(WorkerContinues());
 }
 
+TEST_P(State, TellsItsButtonsEverythingEachTimeItIsApplied) {
+    static std::wstring calls;
+    static const auto Call = [](HWND button, const std::wstring& call) {
+        calls += (button == PrimaryButton ? L"primary " : L"secondary ") + call + L"; ";
+    };
+    const ImportPatch<decltype(EnableWindow)> enable("EnableWindow", [](HWND button, BOOL enabled) -> BOOL {
+        Call(button, enabled ? L"enabled" : L"disabled");
+        return FALSE;
+    });
+    const ImportPatch<decltype(ShowWindow)> show("ShowWindow", [](HWND button, int command) -> BOOL {
+        Call(button, command == SW_SHOW ? L"shown" : command == SW_HIDE ? L"hidden" : L"?");
+        return FALSE;
+    });
+    const ImportPatch<decltype(SetWindowTextW)> text("SetWindowTextW", [](HWND button, LPCWSTR caption) -> BOOL {
+        Call(button, caption);
+        return FALSE;
+    });
+    const ImportPatch<decltype(SetFocus)> focus("SetFocus", [](HWND button) -> HWND {
+        Call(button, L"focused");
+        return nullptr;
+    });
+    PendingScreenState = ScreenStateOf(GetParam().status, 0);
+    for (const char* time : {"first", "second"}) {
+        calls.clear();
+        SendMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
+        EXPECT_EQ(calls, GetParam().calls) << time;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(, State,
-                         testing::Values(StateCase{"Checking", ScreenStatus::Checking, L"", L""},
-                                         StateCase{"Installing", ScreenStatus::Installing, L"", L""},
-                                         StateCase{"Failed", ScreenStatus::Failed, L"&Retry >", L""},
-                                         StateCase{"Completed", ScreenStatus::Completed, L"&Close", L"&Start OneNote"}),
+                         testing::Values(StateCase{"Checking", ScreenStatus::Checking, L"", L"", NoButton},
+                                         StateCase{"Installing", ScreenStatus::Installing, L"", L"", NoButton},
+                                         StateCase{"Failed", ScreenStatus::Failed, L"&Retry >", L"", OneButton},
+                                         StateCase{"Completed", ScreenStatus::Completed, L"&Close", L"&Start OneNote",
+                                                   TwoButtons}),
                          [](const auto& item) { return item.param.name; });
 
 TEST_F(InstallerWindow, FocusesRetryInFailedAndStartOneNoteInCompleted) {
@@ -276,6 +318,19 @@ TEST_F(InstallerWindow, SavesTheFocusWhenItIsDeactivatedAndRestoresItWithItsOwn)
     SendMessageW(MainWindow, WM_ACTIVATE, WA_ACTIVE, 0); // saves nothing
     SendMessageW(MainWindow, WM_SETFOCUS, 0, 0);
     EXPECT_EQ(GetFocus(), PrimaryButton);
+}
+
+TEST_F(InstallerWindow, LeavesTheFocusAloneWhenNoneIsSaved) {
+    SetFocus(nullptr);
+    SendMessageW(MainWindow, WM_ACTIVATE, WA_INACTIVE, 0);
+    static int calls;
+    calls = 0;
+    const ImportPatch<decltype(SetFocus)> focus("SetFocus", [](HWND) -> HWND {
+        ++calls;
+        return nullptr;
+    });
+    SendMessageW(MainWindow, WM_SETFOCUS, 0, 0);
+    EXPECT_EQ(calls, 0);
 }
 
 TEST_F(InstallerWindow, HandsEveryMessageOnAndReturnsItsResult) {
