@@ -6,6 +6,7 @@
 #include "tests/support/ImportPatch.h"
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/Layouts.h"
+#include "tests/support/Picture.h"
 #include "tests/support/WindowFixture.h"
 #include "ui/Fonts.h"
 #include "ui/InstallerWindow.h"
@@ -18,6 +19,19 @@ namespace {
 HWND NoWindow(DWORD /*extended*/, LPCWSTR /*type*/, LPCWSTR /*title*/, DWORD /*style*/, int /*x*/, int /*y*/,
               int /*width*/, int /*height*/, HWND /*parent*/, HMENU /*menu*/, HINSTANCE /*module*/, LPVOID /*data*/) {
     return nullptr;
+}
+
+/// What an icon looks like on white, as large as it is.
+Picture PictureOfIcon(HICON icon, int size) {
+    Gdiplus::Bitmap canvas(size, size, PixelFormat32bppRGB);
+    {
+        Gdiplus::Graphics graphics(&canvas);
+        graphics.Clear(Gdiplus::Color(White));
+        const HDC context = graphics.GetHDC();
+        EXPECT_TRUE(DrawIconEx(context, 0, 0, icon, size, size, 0, nullptr, DI_NORMAL));
+        graphics.ReleaseHDC(context);
+    }
+    return PictureOf(canvas);
 }
 
 int WidthOf(HICON icon) {
@@ -98,6 +112,19 @@ TEST(WindowClass, HasTheProgramsIconInBothSizes) {
     EXPECT_EQ(WidthOf(registered.hIconSm), GetSystemMetrics(SM_CXSMICON));
 }
 
+TEST_F(WindowCreation, ShowsTheProductsIcon) {
+    const std::pair<int, int> icons[] = {{GCLP_HICON, SM_CXICON}, {GCLP_HICONSM, SM_CXSMICON}};
+    for (const auto& [index, metric] : icons) {
+        SCOPED_TRACE(index);
+        const int size = GetSystemMetrics(metric);
+        const Picture picture = PictureOfIcon(reinterpret_cast<HICON>(GetClassLongPtrW(MainWindow, index)), size);
+        const auto colourAt = [&](int x, int y) { return picture.At(x * size / 64, y * size / 64); };
+        EXPECT_EQ(colourAt(0, 0), White);
+        EXPECT_EQ(colourAt(32, 10), 0xFFFBEED0) << "the sheet";
+        EXPECT_EQ(colourAt(20, 20), 0xFF6B1F3A) << "the initial";
+    }
+}
+
 TEST_F(WindowCreation, HasAClientAreaOfItsLayout) {
     RECT client{};
     GetClientRect(MainWindow, &client);
@@ -148,6 +175,22 @@ TEST_F(WindowCreation, GetsTheControlFontWithItsButtonsWithoutARedraw) {
         ASSERT_TRUE(CreateInstallerWindow());
     }
     EXPECT_EQ(windows, (std::vector<HWND>{MainWindow, PrimaryButton, SecondaryButton}));
+}
+
+TEST_F(WindowCreation, IsShownWithItsButtonsInIt) {
+    using Calls = std::vector<std::pair<HWND, int>>;
+    static Calls calls;
+    calls.clear();
+    TearDown();
+    {
+        const ImportPatch<decltype(ShowWindow)> show("ShowWindow", [](HWND window, int command) -> BOOL {
+            EXPECT_NE(SecondaryButton, nullptr);
+            calls.emplace_back(window, command);
+            return FALSE;
+        });
+        ASSERT_TRUE(CreateInstallerWindow());
+    }
+    EXPECT_EQ(calls, (Calls{{MainWindow, SW_SHOW}}));
 }
 
 TEST(WindowCreationFailure, IsReportedWhenTheWindowCannotBeCreated) {
