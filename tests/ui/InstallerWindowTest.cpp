@@ -11,10 +11,13 @@
 #include "tests/support/LogText.h"
 #include "tests/support/WindowFixture.h"
 #include "ui/Logo.h"
+#include "ui/Painting.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace {
 
@@ -38,6 +41,14 @@ constexpr wchar_t OneButton[] = L"primary enabled; primary shown; primary &Retry
                                 L"secondary disabled; secondary hidden; secondary ; ";
 constexpr wchar_t TwoButtons[] = L"primary enabled; primary shown; primary &Close; "
                                  L"secondary enabled; secondary shown; secondary &Start OneNote; secondary focused; ";
+
+/// Of all states.
+constexpr std::wstring_view AllCaptions[] = {L"", L"&Retry >", L"&Close", L"&Start OneNote"};
+
+/// A failure's text, whose length and characters tell that it is whole.
+std::wstring FailureOf(wchar_t character) {
+    return std::wstring().append(character, character);
+}
 
 class State : public InstallerWindow, public testing::WithParamInterface<StateCase> {};
 
@@ -152,6 +163,55 @@ TEST_F(InstallerWindow, RepaintsAllOfItselfWithoutErasingWhenAStateIsApplied) {
                                                            });
     ApplyScreenState({});
     EXPECT_EQ(invalidations, 1);
+}
+
+TEST_F(InstallerWindow, ShowsWholeTextsWhileTheWorkerOverwritesThem) {
+    static int captions;
+    static std::vector<std::wstring> torn;
+    captions = 0;
+    torn.clear();
+    const ImportPatch<decltype(SetWindowTextW)> caption("SetWindowTextW", [](HWND, LPCWSTR text) -> BOOL {
+        const std::wstring seen = text;
+        if (std::ranges::find(AllCaptions, seen) == std::end(AllCaptions))
+            torn.push_back(seen);
+        ++captions;
+        return TRUE;
+    });
+    const ImportPatch<decltype(Gdiplus::DllExports::GdipDrawString)> draw(
+        "GdipDrawString", [](Gdiplus::GpGraphics*, const WCHAR* text, INT length, const Gdiplus::GpFont*,
+                             const Gdiplus::RectF*, const Gdiplus::GpStringFormat*, const Gdiplus::GpBrush*) {
+            const std::wstring seen(text, static_cast<std::size_t>(length));
+            if (seen != FailureOf(seen.empty() ? L'?' : seen[0]))
+                torn.push_back(seen);
+            return Gdiplus::Ok;
+        });
+    // These take most of the time, and no text.
+    const ImportPatch<decltype(EnableWindow)> enable("EnableWindow", [](HWND, BOOL) -> BOOL { return TRUE; });
+    const ImportPatch<decltype(ShowWindow)> show("ShowWindow", [](HWND, int) -> BOOL { return TRUE; });
+    const ImportPatch<decltype(SetFocus)> focus("SetFocus", [](HWND) -> HWND { return nullptr; });
+
+    SetErrorText(FailureOf(L'a'));
+    std::atomic<bool> enough = false;
+    std::thread worker([&enough] {
+        for (unsigned pass = 0; !enough; ++pass) {
+            const ScreenStatus status = AllStatuses[pass % std::size(AllStatuses)];
+            if (status == ScreenStatus::Failed)
+                SetErrorText(FailureOf(static_cast<wchar_t>(L'a' + pass % 26)));
+            PendingScreenState = ScreenStateOf(status, PendingScreenState.focusIndex);
+            PostMessageW(MainWindow, WM_APPLYSTATE, 0, 0); // fails when too many wait
+        }
+    });
+    MSG message{};
+    while (captions < 20000 && torn.empty()) {
+        for (int count = 0; count < 20; ++count) {
+            if (PeekMessageW(&message, MainWindow, WM_APPLYSTATE, WM_APPLYSTATE, PM_REMOVE))
+                DispatchMessageW(&message);
+        }
+        RenderScreen(ScreenStatus::Failed);
+    }
+    enough = true;
+    worker.join();
+    EXPECT_EQ(torn, std::vector<std::wstring>{});
 }
 
 TEST_P(EachStatus, IsPaintedOnTheScreen) {
