@@ -6,6 +6,8 @@
 #include "tests/support/Machine.h"
 
 #include <algorithm>
+#include <csignal>
+#include <fstream>
 #include <set>
 #include <sstream>
 
@@ -50,11 +52,17 @@ TEST_F(Executable, ImportsOnlyLibrariesThatShipWithWindows) {
         EXPECT_TRUE(shipped.contains(Lower(function.library))) << function.library;
 }
 
-TEST_F(Executable, SetsItsDpiAwareness) {
-    const std::vector<ImportedFunction> imports = ImportsOf(module_);
-    EXPECT_TRUE(std::ranges::any_of(imports, [](const ImportedFunction& function) {
-        return std::string_view(function.name) == "SetProcessDPIAware";
-    }));
+// Its first step is to load a library, its entry point's first one to handle an abort. The front-end of this test
+// deletes the file instead, and ends instead.
+TEST_F(Executable, SetsItsDpiAwarenessBeforeItsEntryPointRuns) {
+    const std::filesystem::path program = CopyFrontEndThatCalls("DeleteFileW", "LoadLibraryW");
+    LetCall(program, "exit", "signal");
+    const std::filesystem::path folder = std::filesystem::path(Temporary()) / "current";
+    const std::filesystem::path library = folder / "shcore.dll";
+    std::filesystem::create_directory(folder);
+    std::ofstream(library) << "no library";
+    EXPECT_EQ(Program(program, L"", Temporary(), folder).ExitCode(), static_cast<DWORD>(SIGABRT));
+    EXPECT_FALSE(std::filesystem::exists(library));
 }
 
 TEST_F(Executable, IsA64BitWindowedProgramWithHardening) {

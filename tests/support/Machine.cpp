@@ -86,6 +86,11 @@ fs::path Machine::CopyFrontEnd() const {
 
 fs::path Machine::CopyFrontEndThatCalls(const std::string& replacement, const std::string& imported) const {
     fs::path program = CopyFrontEnd();
+    LetCall(program, replacement, imported);
+    return program;
+}
+
+void Machine::LetCall(const fs::path& program, const std::string& replacement, const std::string& imported) {
     std::string bytes = ReadBytes(program);
     const std::string name = imported + '\0';
     const std::size_t position = bytes.find(name);
@@ -93,7 +98,6 @@ fs::path Machine::CopyFrontEndThatCalls(const std::string& replacement, const st
     EXPECT_LE(replacement.size(), imported.size());
     bytes.replace(position, name.size(), replacement + std::string(name.size() - replacement.size(), '\0'));
     std::ofstream(program, std::ios::binary) << bytes;
-    return program;
 }
 
 std::wstring Machine::Configuration(const std::wstring& exitCode, int milliseconds) const {

@@ -29,6 +29,9 @@ protected:
     /// A copy of the front-end that calls another function instead of one that it imports. The loader binds by name, so
     /// that one's name must not be longer and the same library must have it.
     std::filesystem::path CopyFrontEndThatCalls(const std::string& replacement, const std::string& imported) const;
+    /// Changes such a copy to call yet another one.
+    static void LetCall(const std::filesystem::path& program, const std::string& replacement,
+                        const std::string& imported);
 
     /// Writes a configuration file that asks the stand-in for the elevated installer for this, and returns its path.
     std::wstring Configuration(const std::wstring& exitCode, int milliseconds = 0) const;
