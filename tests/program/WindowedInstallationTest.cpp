@@ -1,5 +1,6 @@
 // Installations with a window, by a person with keyboard and mouse.
 
+#include "app/AbnormalEnd.h"
 #include "install/ScreenState.h"
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/LabOneNote.h"
@@ -230,6 +231,20 @@ TEST_F(WindowedInstallation, EndsWhenTheWindowIsClosedInCompleted) {
     completed.screen.ClickCloseBox();
     EXPECT_EQ(completed.program.ExitCode(), 0U);
     ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfRepair(), WaitForTheUser, ExitOfTheWorker}));
+}
+
+// strlen in the place of _onexit keeps the destructors of static objects from running, the log's among them. What
+// closes the file then, and here aborts instead, is the entry point. The payload, which can't be written, is never
+// closed.
+TEST_F(WindowedInstallation, ClosesItsLogBeforeTheRuntimeEndsTheProcess) {
+    const std::filesystem::path file = CopyFrontEndThatCalls("strlen", "_onexit");
+    LetCall(file, "abort", "fclose");
+    std::filesystem::create_directories(Target());
+    const Program program(file, L"", Temporary());
+    const InstallerScreen screen(program);
+    screen.AwaitFailure(SystemErrorText(E_ACCESSDENIED));
+    screen.ClickCloseBox();
+    EXPECT_EQ(program.ExitCode(), AbnormalExitCode);
 }
 
 // Keyboard and mouse
