@@ -197,7 +197,7 @@ TEST_F(InstallerWindow, ShowsWholeTextsWhileTheWorkerOverwritesThem) {
             const ScreenStatus status = AllStatuses[pass % std::size(AllStatuses)];
             if (status == ScreenStatus::Failed)
                 SetErrorText(FailureOf(static_cast<wchar_t>(L'a' + pass % 26)));
-            PendingScreenState = ScreenStateOf(status, PendingScreenState.focusIndex);
+            StorePendingScreenState(ScreenStateOf(status, LoadPendingScreenState().focusIndex));
             PostMessageW(MainWindow, WM_APPLYSTATE, 0, 0); // fails when too many wait
         }
     });
