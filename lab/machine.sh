@@ -153,11 +153,13 @@ provide_prefix() ( # NAME
     dpi=${VELLUMKIT_DPI:-96}
     [[ $dpi =~ ^[1-9][0-9]{1,2}$ ]] || fail "VELLUMKIT_DPI is no resolution: $dpi"
     settings=$(screen_settings "$dpi" "${VELLUMKIT_FONT-Open Sans}")
-    version=$(wine --version)
+    version=$(WINEDEBUG=-all wine --version) # which keeps Debian's script from asking for a 32-bit Wine
     mkdir -p "$prefixes/home"
     exec 9>"$prefixes/lock"
     flock 9
     is_made base "$version" || { rm -f "$prefixes"/*.made; (make_base_prefix 9>&-); }
+    exec 9>"$prefixes/$1.lock"
+    flock 9
     is_made "$1" "$settings" || make_prefix "$1" "$settings" 9>&-
 )
 
