@@ -9,8 +9,9 @@
 #
 # The prefix is the one that VELLUMKIT_PREFIX names (default: "lab"). VELLUMKIT_DPI is the resolution of its screen
 # (default: 96), and VELLUMKIT_FONT the font that stands in for "Segoe UI", which only Windows has; with an empty one
-# there is none. A prefix that has other settings is made anew, and what runs in it is ended. VELLUMKIT_LOCALE is the
-# user's locale in Windows, as Debian names it (fr_CA; default: en_US). It is the one of all that run in the prefix.
+# there is none, and GDI+ has none at all on Debian 12. Debian 13's Wine finds its own Tahoma. A prefix that has other
+# settings is made anew, and what runs in it is ended. VELLUMKIT_LOCALE is the user's locale in Windows, as Debian names
+# it (fr_CA; default: en_US). It is the one of all that run in the prefix.
 #
 # Everything it makes lies in out/, but for the packages and what runs in /tmp while it runs.
 set -euo pipefail
@@ -119,7 +120,7 @@ make_base_prefix() {
     enter_prefix base
     "${at_fixed_addresses[@]}" wineboot --init >/dev/null 2>&1 || fail "Wine cannot make a prefix in $prefixes"
     wineserver --wait
-    cp /usr/share/wine/fonts/marlett.ttf "$WINEPREFIX/drive_c/windows/Fonts/" # Wine looks there only
+    cp /usr/share/wine/fonts/marlett.ttf "$WINEPREFIX/drive_c/windows/Fonts/" # Debian 12's Wine looks there only
     wine --version >"$prefixes/base.made"
 }
 
