@@ -15,7 +15,7 @@ namespace {
 
 void WriteHeader() {
     BOOL emulated = FALSE;
-    IsWow64Process(GetCurrentProcess(), &emulated); // the answer is not used: this build has only one first line
+    IsWow64Process(GetCurrentProcess(), &emulated); // the answer is not used: the first entry is the same either way
     Log(true) << L"Running 64-bit Installer on 64-bit Windows";
     Log(true) << L"Version " << ProductVersion;
     Log(true) << L"Command line: " << CommandLineText;

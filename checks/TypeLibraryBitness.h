@@ -22,8 +22,7 @@ bool IsFor32BitOnly(const TypeLibFileList& files);
 /// exists when it can be opened for reading; a path of less than five characters, its NUL included, is not looked for.
 ///
 /// For the version that equals `wanted` it adds whether the library `IsFor32BitOnly`, and returns that. A path
-/// that is nothing but its NUL is not empty, and whatever can't be read is. False when no version equals
-/// `wanted`.
+/// that is nothing but its NUL is not empty; one that can't be read is. False when no version equals `wanted`.
 ///
 /// Changes nothing and fails only without memory. Main thread, before a second one exists.
 bool CheckTypeLibraryBitness(const std::wstring& name, const std::wstring& libId,

@@ -9,8 +9,8 @@ target_compile_definitions(vellumkit_build_flags INTERFACE
     STRICT              # handle kinds are distinct types
     WINVER=0x0601 _WIN32_WINNT=0x0601) # runs on Windows 7 and later
 
-# Not -Wnon-virtual-dtor: COM interfaces have no virtual destructor, since it would take a slot. Another compiler gets its
-# defaults.
+# Not -Wnon-virtual-dtor: COM interfaces have no virtual destructor, since it would take a slot. Another compiler gets
+# its defaults.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(vellumkit_build_flags INTERFACE
         -Wall -Wextra -Wpedantic -Werror

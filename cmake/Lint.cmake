@@ -37,7 +37,7 @@ add_custom_target(format
 # clang reads the cross compiler's headers, but its own ones for what is built into it.
 set(tidy_arguments --quiet -p "${PROJECT_BINARY_DIR}" --extra-arg=--target=x86_64-w64-windows-gnu
     --extra-arg=-nostdlibinc --extra-arg=-Wno-unknown-warning-option
-    --extra-arg=-fno-caret-diagnostics # nor its count of the warnings that are off
+    --extra-arg=-fno-caret-diagnostics # and no count of the warnings that were suppressed
     --extra-arg=-Wreserved-identifier --extra-arg=-Wreserved-macro-identifier)
 foreach(directory IN LISTS CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES)
     if(NOT directory MATCHES "/gcc/[^/]*/[^/]*/include(-fixed)?$")
@@ -45,6 +45,8 @@ foreach(directory IN LISTS CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES)
     endif()
 endforeach()
 
+set(generated_headers "${PROJECT_BINARY_DIR}/core/core/LanguageTable.h" "${PROJECT_BINARY_DIR}/core/core/Product.h"
+    "${PROJECT_BINARY_DIR}/lab/onenote/OneNoteLibrary.h")
 set(headers ${linted})
 list(FILTER headers INCLUDE REGEX "\\.h$")
 foreach(source IN LISTS linted)
@@ -56,7 +58,7 @@ foreach(source IN LISTS linted)
             COMMAND "${CLANG_TIDY}" ${tidy_arguments} "${source}"
             COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}"
             COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
-            DEPENDS onenote-library "${source}" ${headers}
+            DEPENDS onenote-library "${source}" ${headers} ${generated_headers}
                 "${PROJECT_SOURCE_DIR}/.clang-tidy" "${PROJECT_SOURCE_DIR}/tests/.clang-tidy"
             COMMENT "Analysing ${name}"
             VERBATIM)

@@ -6,6 +6,7 @@
 #
 # Names every include that breaks this, and fails.
 set -euo pipefail
+export LC_ALL=C # in which tsort speaks below
 cd -- "${1:-$(dirname "${BASH_SOURCE[0]}")/..}" >/dev/null
 
 floors=(core checks install ui app) # from the lowest

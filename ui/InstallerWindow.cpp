@@ -26,8 +26,9 @@ void ApplyButton(HWND button, bool enabled, const wchar_t* label, bool focused) 
 }
 
 void Retry() {
-    StorePendingScreenState(ScreenStateOf(ScreenStatus::Checking, LoadPendingScreenState().focusIndex));
-    ApplyScreenState(LoadPendingScreenState());
+    const ScreenState checking = ScreenStateOf(ScreenStatus::Checking, LoadPendingScreenState().focusIndex);
+    StorePendingScreenState(checking);
+    ApplyScreenState(checking);
     SetEvent(ContinueEvent);
 }
 

@@ -6,8 +6,8 @@
 
 // The installer window and what it knows: the window's thread only.
 
-/// Its right button and its left one. Null before they are created, and a button that can't be; they keep their values
-/// when the window is gone.
+/// Its right button and its left one. Null until they are created, and when they can't be; they keep their values when
+/// the window is gone.
 inline HWND PrimaryButton = nullptr;
 inline HWND SecondaryButton = nullptr;
 

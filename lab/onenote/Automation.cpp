@@ -22,6 +22,11 @@ Outcome Call(AutomatedOneNote& oneNote, const std::wstring& member, const std::w
     return outcome;
 }
 
+/// Wine's stub may refer to an identifier that is not aligned.
+bool Is(REFIID iid, const IID& expected) {
+    return std::memcmp(&iid, &expected, sizeof expected) == 0;
+}
+
 /// A COM object that lives as long as it is referred to. It begins with one reference, its maker's. Members that nobody
 /// calls answer E_NOTIMPL and set nothing: between processes, the proxy does.
 template <typename Interface>
@@ -33,12 +38,10 @@ public:
     virtual ~Object() = default;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        IID wanted{};
-        std::memcpy(&wanted, &iid, sizeof wanted); // Wine's stub may refer to one that is not aligned
         *object = nullptr;
-        if (wanted == __uuidof(Interface) || wanted == IID_IDispatch || wanted == IID_IUnknown)
+        if (Is(iid, __uuidof(Interface)) || Is(iid, IID_IDispatch) || Is(iid, IID_IUnknown))
             *object = static_cast<Interface*>(this);
-        else if (wanted == IID_ISupportErrorInfo)
+        else if (Is(iid, IID_ISupportErrorInfo))
             *object = static_cast<ISupportErrorInfo*>(this);
         else
             return E_NOINTERFACE;
@@ -57,7 +60,7 @@ public:
         return left;
     }
     HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) override {
-        return iid == __uuidof(Interface) ? S_OK : S_FALSE;
+        return Is(iid, __uuidof(Interface)) ? S_OK : S_FALSE;
     }
 
     // Calls by name, which nobody makes.
@@ -154,7 +157,7 @@ public:
     using Object::Object;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        const Outcome outcome = iid == __uuidof(IOneNoteApplication) ? OneNote.OnQueryApplication() : Outcome{};
+        const Outcome outcome = Is(iid, __uuidof(IOneNoteApplication)) ? OneNote.OnQueryApplication() : Outcome{};
         if (outcome.IsSuccess())
             return Object::QueryInterface(iid, object);
         *object = nullptr;

@@ -157,13 +157,13 @@ TEST_F(TypeLibraryBitness, ShowsTheRegistrationTheFilesAndTheVerdictOfTheWantedV
 }
 
 TEST_F(TypeLibraryBitness, IsX86WhenTheLibraryIsRegisteredFor32BitProgramsOnly) {
-    StorePaths({X86, L"", L"", L""});
+    StorePaths({L"C:\\X86\\a.exe\\3\0"s, L"", L"", L""});
     EXPECT_TRUE(Check({L"1.1"}, L"1.1"));
     EXPECT_EQ(LoggedBehindTheBlock(), (Entries{
-                                          L"Error: File DOES NOT exist: C:\\x86\\a.exe",
+                                          L"Error: File DOES NOT exist: C:\\X86\\a.exe",
                                           L"",
                                           L"Checking bitness for this type library",
-                                          L"Win32 Native: x86 C:\\x86\\a.exe\\3\0"s,
+                                          L"Win32 Native: x86 C:\\X86\\a.exe\\3\0"s,
                                           L"Win32 Wow64: x64 ",
                                           L"Win64 Native: ",
                                           L"Win64 Wow64: ",

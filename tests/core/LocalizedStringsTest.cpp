@@ -99,7 +99,9 @@ TEST(Languages, BeginWithTheseInMatchingOrder) {
 }
 
 TEST(Languages, AreTheSameListAtEveryCall) {
+    const std::size_t size = SupportedLanguages().size();
     EXPECT_EQ(&SupportedLanguages(), &SupportedLanguages());
+    EXPECT_EQ(SupportedLanguages().size(), size);
 }
 
 TEST(Languages, OfAnUnknownCodeLeaveTheTableAsItIs) {

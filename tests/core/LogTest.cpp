@@ -31,7 +31,7 @@ protected:
     TestFolder folder_{L" ж"};
 };
 
-/// As a process finds it that has not asked for it yet.
+/// Asked for by a process of its own: this one has kept the answer.
 class TemporaryFolder : public LogFile {};
 
 /// The programs of the product in the order in which they are looked for, and their logs.

@@ -39,6 +39,7 @@ protected:
         UnattendedMode = true;
         ErrorText = nullptr;
         Installers.clear();
+        Slept = 0;
         SetInstallerExitCode(L"0");
     }
     void TearDown() override {
@@ -61,6 +62,7 @@ protected:
     }
 
     static inline std::vector<HANDLE> Installers; // as the shell returned them
+    static inline DWORD Slept;                    // milliseconds
 
 private:
     /// Runs the installer without the shell, which would not find its own settings in the sandbox.
@@ -77,7 +79,7 @@ private:
         return TRUE;
     }
 
-    ImportPatch<decltype(Sleep)> sleep_{"Sleep", [](DWORD) {}};
+    ImportPatch<decltype(Sleep)> sleep_{"Sleep", [](DWORD milliseconds) { Slept += milliseconds; }};
     ImportPatch<decltype(ShellExecuteExW)> execute_{"ShellExecuteExW", Execute};
 };
 
@@ -98,10 +100,23 @@ TEST_F(Worker, ReturnsZeroWhenThePassSucceeds) {
     EXPECT_TRUE(HasLogged(L"Updated to 2688"));
     EXPECT_EQ(std::ranges::count(log, L"Internet Security Settings"), 2);
     EXPECT_EQ(ErrorText.load(), nullptr);
+    EXPECT_EQ(Slept, 1000U);
 }
 
 TEST_F(Worker, EntersASingleThreadedApartment) {
     EXPECT_TRUE(EntersSingleThreadedApartment([] { InstallationWorker(nullptr); }));
+}
+
+TEST_F(Worker, InitialisesComItselfAndWithTheSearchForOneNote) {
+    static int calls;
+    calls = 0;
+    const ImportPatch<decltype(CoInitialize)> initialize("CoInitialize", [](LPVOID reserved) -> HRESULT {
+        EXPECT_EQ(reserved, nullptr);
+        ++calls;
+        return E_OUTOFMEMORY; // which nobody checks
+    });
+    EXPECT_EQ(InstallationWorker(nullptr), 0U);
+    EXPECT_EQ(calls, 2);
 }
 
 TEST_F(Worker, ClosesTheInstallersHandleAfterASuccess) {

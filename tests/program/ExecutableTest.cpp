@@ -52,9 +52,9 @@ TEST_F(Executable, ImportsOnlyLibrariesThatShipWithWindows) {
         EXPECT_TRUE(shipped.contains(Lower(function.library))) << function.library;
 }
 
-// Its first step is to load a library, its entry point's first one to handle an abort. The front-end of this test
-// deletes the file instead, and ends instead.
-TEST_F(Executable, SetsItsDpiAwarenessBeforeItsEntryPointRuns) {
+// The front-end of this test calls DeleteFileW where it would load shcore.dll, and so deletes a file of that name.
+// Where its entry point would set the handler of an abort, which is its first call into a library, it ends.
+TEST_F(Executable, SetsItsDpiAwarenessBeforeItsEntryPointCallsAnything) {
     const std::filesystem::path program = CopyFrontEndThatCalls("DeleteFileW", "LoadLibraryW");
     LetCall(program, "exit", "signal");
     const std::filesystem::path folder = std::filesystem::path(Temporary()) / "current";

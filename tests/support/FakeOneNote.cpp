@@ -22,8 +22,10 @@ void FakeOneNote::GiveNull(const Call& call) {
 Outcome FakeOneNote::OnCall(const std::wstring& member, const std::wstring& arguments) {
     if (member == L"NavigateTo")
         Navigations.push_back(member + arguments);
-    const bool isMeant = member == trouble_.call.member && --trouble_.call.occurrence == 0;
-    return isMeant ? trouble_.outcome : Outcome{};
+    if (member != trouble_.call.member)
+        return {};
+    --trouble_.call.occurrence;
+    return trouble_.call.occurrence == 0 ? trouble_.outcome : Outcome{};
 }
 
 void FakeOneNote::Navigate(bool /*inNewWindow*/) {

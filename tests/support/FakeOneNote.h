@@ -27,7 +27,7 @@ public:
     std::vector<std::wstring> Navigations;
     HWND OpenedByNavigation = nullptr;
 
-    // What one of the calls to come gets; each of these replaces the one before.
+    // What one of the calls to come gets, once; each of these replaces the one before.
 
     /// A failure; a description that is not empty becomes its error information.
     void Fail(const Call& call, HRESULT result, const wchar_t* description = L"");

@@ -54,7 +54,8 @@ class LiveDeviceContexts : public LiveObjects {
                                               }};
 };
 
-/// Bitmaps, graphics, brushes, formats, fonts and font families. For a program that imports all of them.
+/// Bitmaps, graphics, brushes, formats, fonts and font families. For a program that imports all of them. No two makers
+/// and no two releasers may have the same type: each type has one original.
 class LiveGraphics : public LiveObjects {
     /// A function whose last argument takes the new object.
     template <typename Function>
@@ -65,9 +66,13 @@ class LiveGraphics : public LiveObjects {
         using Function = Gdiplus::GpStatus(Arguments...);
 
     public:
-        explicit Maker(const char* name) : patch_((Original = ImportedNow<Function>(name), name), Make) {}
+        explicit Maker(const char* name) : patch_(Keep(name), Make) {}
 
     private:
+        static const char* Keep(const char* name) {
+            Original = ImportedNow<Function>(name);
+            return name;
+        }
         static Gdiplus::GpStatus Make(Arguments... arguments) {
             const Gdiplus::GpStatus status = Original(arguments...);
             if (status == Gdiplus::Ok)
@@ -84,9 +89,13 @@ class LiveGraphics : public LiveObjects {
         using Function = Gdiplus::GpStatus(Object*);
 
     public:
-        explicit Releaser(const char* name) : patch_((Original = ImportedNow<Function>(name), name), Release) {}
+        explicit Releaser(const char* name) : patch_(Keep(name), Release) {}
 
     private:
+        static const char* Keep(const char* name) {
+            Original = ImportedNow<Function>(name);
+            return name;
+        }
         static Gdiplus::GpStatus Release(Object* object) {
             Remove(object);
             return Original(object);

@@ -20,6 +20,9 @@
 
 namespace {
 
+// Before any test changes it.
+const ScreenStatus StatusAtStart = CurrentStatus;
+
 constexpr ScreenStatus AllStatuses[] = {ScreenStatus::Checking, ScreenStatus::Installing, ScreenStatus::Failed,
                                         ScreenStatus::Completed};
 
@@ -65,6 +68,10 @@ std::string NameOf(const testing::TestParamInfo<ScreenStatus>& item) {
 } // namespace
 
 // The states
+
+TEST(InstallerWindowStatus, IsCheckingAtStart) {
+    EXPECT_EQ(StatusAtStart, ScreenStatus::Checking);
+}
 
 TEST_P(State, HasItsButtonsWhenItIsPosted) {
     const StateCase& item = GetParam();
@@ -201,7 +208,7 @@ TEST_F(InstallerWindow, ReadsWholeTextsWhileTheWorkerOverwritesTheRecord) {
         }
     });
     MSG message{};
-    while (captions < 40000 && torn.empty()) {
+    while (captions < 2 * 20000 && torn.empty()) {
         if (PeekMessageW(&message, MainWindow, WM_APPLYSTATE, WM_APPLYSTATE, PM_REMOVE))
             DispatchMessageW(&message);
         Read(ErrorText.load()->c_str());

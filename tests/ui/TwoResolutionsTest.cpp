@@ -17,6 +17,7 @@ TEST(ScreenWithTwoResolutions, ScalesTheLayoutByTheOneAcrossAndTheFontByTheOneDo
     const LiveDeviceContexts contexts;
     EXPECT_EQ(ScaleFactor(), 1);
     EXPECT_EQ(VerticalScaleFactor(), 2);
+    EXPECT_EQ(LiveDeviceContexts::CountMade(), 2U);
     EXPECT_EQ(LiveDeviceContexts::Count(), 0U);
     EXPECT_EQ(Scale(30), 30);
     EXPECT_EQ(VerticalScale(30), 60);
