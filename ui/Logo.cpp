@@ -23,7 +23,7 @@ StreamPtr OpenLogo() {
     IStream* stream = nullptr;
     const HRESULT result = logo->QueryInterface(IID_IStream, reinterpret_cast<void**>(&stream));
     if (result == E_NOINTERFACE)
-        return nullptr;
+        return {};
     _com_util::CheckError(result);
     return {stream, false};
 }
@@ -31,5 +31,5 @@ StreamPtr OpenLogo() {
 } // namespace
 
 void LoadLogo() {
-    LogoBitmap.reset(new NullableBitmap(OpenLogo()));
+    LogoBitmap = std::make_unique<NullableBitmap>(OpenLogo());
 }

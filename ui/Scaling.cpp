@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <cmath>
+
 namespace {
 
 float PixelsPerPoint(int capability) {
@@ -12,7 +14,7 @@ float PixelsPerPoint(int capability) {
 }
 
 int Rounded(float pixels) {
-    return static_cast<int>(pixels + 0.5F);
+    return static_cast<int>(std::trunc(pixels + 0.5F));
 }
 
 } // namespace
