@@ -32,7 +32,7 @@ packages=(
     fonts-open-sans              # stands in for Segoe UI, and is a little wider
     fonts-noto-cjk               # the same for Chinese
     xvfb xauth                   # a display where there is none; xvfb-run
-    xdotool                      # the user of ./run.sh
+    xdotool                      # the user of ./run.sh, and who waits for Wine's desktop
     imagemagick                  # screenshots, contact sheets (lettered in Open Sans), comparison of pictures
     librsvg2-bin icoutils        # rsvg-convert and icotool, which render the artwork
     locales                      # localedef, and from what it makes the locale of another country
@@ -157,10 +157,8 @@ provide_prefix() ( # NAME
     version=$(WINEDEBUG=-all wine --version) # which keeps Debian's script from asking for a 32-bit Wine
     mkdir -p "$prefixes/home"
     exec 9>"$prefixes/lock"
-    flock 9
+    flock 9 # one after the other: many first starts of Wine at once take longer than it waits for itself
     is_made base "$version" || { rm -f "$prefixes"/*.made; (make_base_prefix 9>&-); }
-    exec 9>"$prefixes/$1.lock"
-    flock 9
     is_made "$1" "$settings" || make_prefix "$1" "$settings" 9>&-
 )
 
@@ -177,6 +175,23 @@ provide_locale() ( # NAME
     mv "$made.new" "$made"
 )
 
+has_desktop() {
+    xdotool search --onlyvisible --name '^Lab - Wine desktop$' >/dev/null 2>&1
+}
+
+# Wine starts its desktop for the first program with a window and waits ten seconds for it. On a busy machine that is
+# too short, and then the prefix shows no window at all until it is stopped: the desktop is started and awaited first.
+provide_desktop() { # ENVIRONMENT
+    local tries
+    ! has_desktop || return 0
+    "${at_fixed_addresses[@]}" env "$@" wine explorer /desktop >/dev/null 2>&1 &
+    for ((tries = 0; tries < 600; tries++)); do
+        ! has_desktop || return 0
+        sleep 0.1
+    done
+    fail "Wine shows no desktop"
+}
+
 run_wine() {
     local prefix=${VELLUMKIT_PREFIX:-lab} locale=()
     provide_prefix "$prefix"
@@ -185,6 +200,7 @@ run_wine() {
         locale=(LOCPATH="$prefixes/locales" LC_ALL="$VELLUMKIT_LOCALE.UTF-8")
     fi
     enter_prefix "$prefix"
+    [ -z "${VELLUMKIT_ON_VIRTUAL_DISPLAY:-}" ] || provide_desktop "${locale[@]}"
     exec "${at_fixed_addresses[@]}" env "${locale[@]}" wine "$@"
 }
 

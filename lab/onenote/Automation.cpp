@@ -22,9 +22,9 @@ Outcome Call(AutomatedOneNote& oneNote, const std::wstring& member, const std::w
     return outcome;
 }
 
-/// Wine's stub may refer to an identifier that is not aligned.
-bool Is(REFIID iid, const IID& expected) {
-    return std::memcmp(&iid, &expected, sizeof expected) == 0;
+/// By a pointer, since Wine's stub may pass an identifier that is not aligned, to which there may be no reference.
+bool Is(const IID* iid, const IID& expected) {
+    return std::memcmp(iid, &expected, sizeof expected) == 0;
 }
 
 /// A COM object that lives as long as it is referred to. It begins with one reference, its maker's. Members that nobody
@@ -39,9 +39,9 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
         *object = nullptr;
-        if (Is(iid, __uuidof(Interface)) || Is(iid, IID_IDispatch) || Is(iid, IID_IUnknown))
+        if (Is(&iid, __uuidof(Interface)) || Is(&iid, IID_IDispatch) || Is(&iid, IID_IUnknown))
             *object = static_cast<Interface*>(this);
-        else if (Is(iid, IID_ISupportErrorInfo))
+        else if (Is(&iid, IID_ISupportErrorInfo))
             *object = static_cast<ISupportErrorInfo*>(this);
         else
             return E_NOINTERFACE;
@@ -60,7 +60,7 @@ public:
         return left;
     }
     HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) override {
-        return Is(iid, __uuidof(Interface)) ? S_OK : S_FALSE;
+        return Is(&iid, __uuidof(Interface)) ? S_OK : S_FALSE;
     }
 
     // Calls by name, which nobody makes.
@@ -157,7 +157,7 @@ public:
     using Object::Object;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        const Outcome outcome = Is(iid, __uuidof(IOneNoteApplication)) ? OneNote.OnQueryApplication() : Outcome{};
+        const Outcome outcome = Is(&iid, __uuidof(IOneNoteApplication)) ? OneNote.OnQueryApplication() : Outcome{};
         if (outcome.IsSuccess())
             return Object::QueryInterface(iid, object);
         *object = nullptr;
