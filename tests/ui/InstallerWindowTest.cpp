@@ -184,8 +184,8 @@ TEST_F(InstallerWindow, ReadsWholeTextsWhileTheWorkerOverwritesTheRecord) {
     reads = 0;
     static const auto Read = [](const wchar_t* text) {
         const std::wstring seen = text;
-        if (++reads % 16 == 0)
-            SwitchToThread(); // the worker may overwrite what is being read
+        if (++reads % 256 == 0)
+            SwitchToThread(); // the worker may overwrite what is being read; on a busy machine this takes long
         if (!IsOneThatWasSet(seen) || seen != text)
             torn.push_back(seen);
     };
