@@ -88,8 +88,8 @@ void DeleteTree(const RegistryEntry& entry) {
         ThrowIfWin32Failed(status);
 }
 
-/// The error's description, or nothing when the error carries none. By way of the system's ANSI code page:
-/// letters that it lacks are replaced, and support staff know the entry so.
+/// The error's description, or nothing when the error carries none. By way of the system's ANSI code page: letters
+/// that it lacks are replaced, and support staff know the entry so.
 std::wstring AnsiDescription(const _com_error& error) {
     const _bstr_t description = error.Description();
     if (description.length() == 0)

@@ -182,6 +182,11 @@ TEST_F(Painting, HasNoTextForAnUnknownStatus) {
     }
 }
 
+TEST_F(Painting, HasNoTextForAFailureBeforeAnyHasFailed) {
+    ErrorText = nullptr;
+    EXPECT_TRUE(DrawnText(Paint(ScreenStatus::Failed)).IsEmptyArea());
+}
+
 TEST_F(Painting, BeginsItsTextAtTheLeftTopOfTheBox) {
     const Gdiplus::Rect drawn = DrawnText(PaintText(L"HHHH"));
     const int line = 2 * layout_.font;
