@@ -179,18 +179,30 @@ has_desktop() {
     xdotool search --onlyvisible --name '^Lab - Wine desktop$' >/dev/null 2>&1
 }
 
-# Wine starts its desktop for the first program with a window and waits ten seconds for it. On a busy machine that is
-# too short, and then the prefix shows no window at all until it is stopped: the desktop is started and awaited first.
-provide_desktop() { # ENVIRONMENT
+await_desktop() {
     local tries
-    ! has_desktop || return 0
-    "${at_fixed_addresses[@]}" env "$@" wine explorer /desktop >/dev/null 2>&1 &
-    for ((tries = 0; tries < 600; tries++)); do
+    for ((tries = 0; tries < 200; tries++)); do
         ! has_desktop || return 0
         sleep 0.1
     done
-    fail "Wine shows no desktop"
+    return 1
 }
+
+# Wine starts its desktop for the first program with a window, one of its own services perhaps, and waits ten seconds
+# for it. On a busy machine that is too short, and then the prefix shows no window at all until it is stopped. So the
+# desktop is started first, one prefix after the other, and when it does not come the prefix is stopped and starts anew.
+provide_desktop() ( # ENVIRONMENT
+    ! has_desktop || exit 0
+    exec 9>"$prefixes/lock"
+    flock 9
+    for attempt in 1 2 3 4 5; do
+        "${at_fixed_addresses[@]}" env "$@" wine explorer /desktop >/dev/null 2>&1 9>&- &
+        ! await_desktop || exit 0
+        echo "${0##*/}: Wine showed no desktop ($attempt)" >&2
+        wineserver --kill || true # fails when nothing runs there
+    done
+    fail "Wine shows no desktop"
+)
 
 run_wine() {
     local prefix=${VELLUMKIT_PREFIX:-lab} locale=()
