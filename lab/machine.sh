@@ -195,7 +195,7 @@ provide_desktop() ( # ENVIRONMENT
     ! has_desktop || exit 0
     exec 9>"$prefixes/lock"
     flock 9
-    for attempt in 1 2 3 4 5; do
+    for attempt in 1 2 3; do
         "${at_fixed_addresses[@]}" env "$@" wine explorer /desktop >/dev/null 2>&1 9>&- &
         ! await_desktop || exit 0
         echo "${0##*/}: Wine showed no desktop ($attempt)" >&2
@@ -221,11 +221,13 @@ stop_wine() {
     wineserver --kill || true # fails when nothing runs there
 }
 
+# Each looks for a free display from a number of its own: of many that begin at the same one, xvfb-run lets those that
+# lose ten times run on a display of another, which does not take them.
 run_on_virtual_display() {
     local result=0
     [ -n "${VELLUMKIT_ON_VIRTUAL_DISPLAY:-}" ] ||
-        VELLUMKIT_ON_VIRTUAL_DISPLAY=1 exec xvfb-run --auto-servernum --server-args="-screen 0 1280x900x24" \
-            "$0" display "$@"
+        VELLUMKIT_ON_VIRTUAL_DISPLAY=1 exec xvfb-run --server-num=$((100 + $$ % 50000)) --auto-servernum \
+            --server-args="-screen 0 1280x900x24" "$0" display "$@"
     "$@" || result=$?
     stop_wine
     exit "$result"
