@@ -3,6 +3,8 @@
 # then on, is started anew. Prints "started" and the desktop's title.
 set -euo pipefail
 machine=$(dirname "$0")/../../lab/machine.sh
-env -u DISPLAY -u VELLUMKIT_ON_VIRTUAL_DISPLAY "$machine" wine winver || true # it has no window, and ends
+without_display=(env -u DISPLAY -u VELLUMKIT_ON_VIRTUAL_DISPLAY "$machine" wine)
+exec 8> >("${without_display[@]}" cmd >/dev/null 2>&1) # the prefix stays in use while this script runs
+"${without_display[@]}" winver || true                 # has no window, and ends
 "$machine" wine cmd /c echo started
 xdotool search --onlyvisible --name "Wine desktop" getwindowname
