@@ -157,7 +157,7 @@ provide_prefix() ( # NAME
     version=$(WINEDEBUG=-all wine --version) # which keeps Debian's script from asking for a 32-bit Wine
     mkdir -p "$prefixes/home"
     exec 9>"$prefixes/lock"
-    flock 9 # one after the other: many first starts of Wine at once take longer than it waits for itself
+    flock 9
     is_made base "$version" || { rm -f "$prefixes"/*.made; (make_base_prefix 9>&-); }
     is_made "$1" "$settings" || make_prefix "$1" "$settings" 9>&-
 )
@@ -188,9 +188,9 @@ await_desktop() {
     return 1
 }
 
-# Wine starts its desktop for the first program with a window, one of its own services perhaps, and waits ten seconds
-# for it. On a busy machine that is too short, and then the prefix shows no window at all until it is stopped. So the
-# desktop is started first, one prefix after the other, and when it does not come the prefix is stopped and starts anew.
+# Wine starts its desktop for the first program that asks for a window, one of its own services perhaps, and waits ten
+# seconds for it. When it has not come by then, the prefix shows no window at all until it is stopped. So the desktop is
+# started first, one prefix after the other, and a prefix that does not show it is stopped and starts anew.
 provide_desktop() ( # ENVIRONMENT
     ! has_desktop || exit 0
     exec 9>"$prefixes/lock"
