@@ -1,6 +1,6 @@
 #include "app/DpiAwareness.h"
 
-#include <windows.h>
+#include "core/SystemLibrary.h"
 
 #include <shellscalingapi.h>
 
@@ -13,9 +13,11 @@ using SetProcessDpiAwarenessFunction = HRESULT(WINAPI*)(PROCESS_DPI_AWARENESS);
 
 void SetDpiAwareness() {
     // The library stays loaded: what is set lasts as long as the process.
-    const HMODULE library = LoadLibraryW(L"shcore.dll");
+    const HMODULE library = LoadSystemLibrary(L"shcore.dll");
     if (library == nullptr)
         return;
+    // What the function is in the end a part of. Wine's shcore.dll loads it by itself, and searches everywhere.
+    LoadSystemLibrary(L"user32.dll");
     const FARPROC function = GetProcAddress(library, "SetProcessDpiAwareness");
     if (function != nullptr)
         reinterpret_cast<SetProcessDpiAwarenessFunction>(reinterpret_cast<void*>(function))(PROCESS_SYSTEM_DPI_AWARE);

@@ -2,6 +2,7 @@
 #include "app/CommandLine.h"
 #include "app/DpiAwareness.h"
 #include "app/ErrorTexts.h"
+#include "app/LibrarySearch.h"
 #include "app/WorkerThread.h"
 #include "checks/Requirements.h"
 #include "core/Launch.h"
@@ -19,8 +20,16 @@
 
 namespace {
 
-// Before the entry point runs, and so before anything can ask for a size.
-[[maybe_unused]] const bool DpiAwarenessIsSet = (SetDpiAwareness(), true);
+struct Preparation {
+    Preparation() {
+        LimitLibrarySearch();
+        SetDpiAwareness(); // before anything can ask for a size
+    }
+};
+
+// Before the entry point runs, and before the run-time library makes its stack guard: in Debian 12 the cryptography
+// service, which loads libraries.
+[[gnu::init_priority(101), maybe_unused]] const Preparation Prepared;
 
 } // namespace
 
@@ -34,6 +43,8 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, wchar_t* command
     CommandLineText = commandLine;
     ReadCommandLine(commandLine);
     UnattendedMode = !ConfigPath.empty();
+    if (!UnattendedMode)
+        LoadLibrariesOfWindows();
     if (!CheckRequirements())
         return 0;
 

@@ -1,9 +1,9 @@
 #include "checks/BitnessPrompt.h"
 
+#include "core/ComError.h"
 #include "core/Launch.h"
 #include "core/Product.h"
-
-#include <windows.h>
+#include "core/SystemLibrary.h"
 
 #include <comdef.h>
 #include <commctrl.h>
@@ -19,6 +19,17 @@ constexpr wchar_t DownloadAddress[] =
 constexpr wchar_t HelpAddress[] = L"https://" VELLUMKIT_WEB_HOST "/how-to/find-office-bitness";
 
 enum Button { ButtonDownload32 = 100, ButtonContinue64 = 101, ButtonHowToFind = 102 };
+
+/// Looked up when it is called: version 5 of the library, which Windows may have put in the place of version 6, has no
+/// task dialog, and nobody but a user who is asked needs one.
+HRESULT CallTaskDialogIndirect(const TASKDIALOGCONFIG& config, int& pressed) {
+    const HMODULE library = LoadSystemLibrary(L"comctl32.dll");
+    const FARPROC function = library != nullptr ? GetProcAddress(library, "TaskDialogIndirect") : nullptr;
+    if (function == nullptr)
+        ThrowWin32Error(GetLastError());
+    return reinterpret_cast<decltype(&TaskDialogIndirect)>(reinterpret_cast<void*>(function))(&config, &pressed,
+                                                                                              nullptr, nullptr);
+}
 
 /// Returns the button that was pressed, or what else closed the dialog. Its texts are not among the translated ones,
 /// and the blank at the end of the instruction belongs to it.
@@ -40,7 +51,7 @@ int ShowPrompt() {
     config.pButtons = Buttons.data();
     config.nDefaultButton = ButtonDownload32;
     int pressed = 0;
-    _com_util::CheckError(TaskDialogIndirect(&config, &pressed, nullptr, nullptr));
+    _com_util::CheckError(CallTaskDialogIndirect(config, pressed));
     return pressed;
 }
 

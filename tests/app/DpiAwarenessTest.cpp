@@ -47,8 +47,9 @@ TEST_F(DpiAwareness, IsSetTheOldWayWhereTheFunctionIsMissing) {
 }
 
 TEST_F(DpiAwareness, IsLeftAloneWhereTheLibraryIsMissing) {
-    const ImportPatch<decltype(LoadLibraryW)> load("LoadLibraryW", [](LPCWSTR name) -> HMODULE {
+    const ImportPatch<decltype(LoadLibraryExW)> load("LoadLibraryExW", [](LPCWSTR name, HANDLE, DWORD) -> HMODULE {
         EXPECT_STREQ(name, L"shcore.dll");
+        SetLastError(ERROR_MOD_NOT_FOUND);
         return nullptr;
     });
     SetDpiAwareness();

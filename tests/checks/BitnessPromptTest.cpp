@@ -4,8 +4,8 @@
 #include "core/Product.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/TaskDialogPatch.h"
 
-#include <commctrl.h>
 #include <shellapi.h>
 
 #include <cstring>
@@ -56,7 +56,7 @@ private:
         return nullptr; // out of memory
     }
 
-    ImportPatch<decltype(TaskDialogIndirect)> dialog_{"TaskDialogIndirect", Show};
+    TaskDialogPatch dialog_{Show};
     ImportPatch<decltype(ShellExecuteW)> shell_{"ShellExecuteW", Open};
 };
 
@@ -143,4 +143,22 @@ TEST_F(BitnessPrompt, ThrowsTheErrorOfADialogThatCannotBeShown) {
     Result = E_OUTOFMEMORY;
     EXPECT_EQ(ThrownBy([] { ConfirmBitness(); }), E_OUTOFMEMORY);
     EXPECT_TRUE(Opened.empty());
+}
+
+TEST_F(BitnessPrompt, ThrowsTheErrorOfALibraryThatLacksTheTaskDialog) {
+    const ImportPatch<decltype(GetProcAddress)> get("GetProcAddress", [](HMODULE, LPCSTR) -> FARPROC {
+        SetLastError(ERROR_PROC_NOT_FOUND);
+        return nullptr;
+    });
+    EXPECT_EQ(ThrownBy([] { ConfirmBitness(); }), HRESULT_FROM_WIN32(ERROR_PROC_NOT_FOUND));
+    EXPECT_TRUE(Opened.empty());
+}
+
+TEST_F(BitnessPrompt, ThrowsTheErrorOfALibraryThatCannotBeLoaded) {
+    const ImportPatch<decltype(LoadLibraryExW)> load("LoadLibraryExW", [](LPCWSTR, HANDLE, DWORD) -> HMODULE {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return nullptr;
+    });
+    EXPECT_EQ(ThrownBy([] { ConfirmBitness(); }), HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND));
+    EXPECT_TRUE(Shown.empty());
 }

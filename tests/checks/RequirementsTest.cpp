@@ -5,8 +5,8 @@
 #include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/Registry.h"
+#include "tests/support/TaskDialogPatch.h"
 
-#include <commctrl.h>
 #include <shellapi.h>
 
 #include <algorithm>
@@ -46,7 +46,7 @@ private:
         return DialogResult;
     }
 
-    ImportPatch<decltype(TaskDialogIndirect)> dialog_{"TaskDialogIndirect", PressDownload};
+    TaskDialogPatch dialog_{PressDownload};
     ImportPatch<decltype(ShellExecuteW)> shell_{
         "ShellExecuteW", [](HWND, LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR, INT) -> HINSTANCE { return nullptr; }};
 };

@@ -99,6 +99,9 @@ protected:
     const LabBrowser Browser{Temporary()};
 };
 
+/// What is called in the place of TaskDialogIndirect.
+class FailedBitnessPromptOnScreen : public BitnessPromptOnScreen, public testing::WithParamInterface<const char*> {};
+
 } // namespace
 
 TEST_F(BitnessPromptOnScreen, OffersThreeCommandLinksUnderItsTitle) {
@@ -200,10 +203,13 @@ TEST_F(BitnessPromptOnScreen, ComesBackAlsoWhenThereIsNoBrowserForTheHelpPage) {
     ExpectInstalled(frontEnd);
 }
 
-TEST_F(BitnessPromptOnScreen, EndsTheProcessAtOnceWhenItCannotBeShown) {
-    // DPA_LoadStream answers the null stream with E_INVALIDARG.
-    const std::filesystem::path program = CopyFrontEndThatCalls("DPA_LoadStream", "TaskDialogIndirect");
+TEST_P(FailedBitnessPromptOnScreen, EndsTheProcessAtOnce) {
+    // DPA_LoadStream answers the null stream with E_INVALIDARG; the other is in no library.
+    const std::filesystem::path program = CopyFrontEndThatCalls(GetParam(), "TaskDialogIndirect");
     const Program frontEnd(program, L"", Temporary());
     ExpectNothingBegun(frontEnd, 0x40000015); // STATUS_FATAL_APP_EXIT
     EXPECT_EQ(Program(program, L"/config x", Temporary()).ExitCode(), 0U) << "unattended nobody is asked";
 }
+
+INSTANTIATE_TEST_SUITE_P(, FailedBitnessPromptOnScreen, testing::Values("DPA_LoadStream", "NoTaskDialog"),
+                         [](const auto& item) { return item.param; });

@@ -43,8 +43,8 @@ std::wstring VersionOf(DWORD upper, DWORD lower) {
 
 TEST_F(Executable, ImportsOnlyLibrariesThatShipWithWindows) {
     const std::set<std::string> shipped{
-        "advapi32.dll", "comctl32.dll", "gdi32.dll", "gdiplus.dll", "kernel32.dll", "msvcrt.dll",
-        "ole32.dll",    "oleaut32.dll", "psapi.dll", "shell32.dll", "shlwapi.dll",  "user32.dll",
+        "advapi32.dll", "gdi32.dll", "gdiplus.dll", "kernel32.dll", "msvcrt.dll", "ole32.dll",
+        "oleaut32.dll", "psapi.dll", "shell32.dll", "shlwapi.dll",  "user32.dll",
     };
     const std::vector<ImportedFunction> imports = ImportsOf(module_);
     EXPECT_GT(imports.size(), 50U);
@@ -55,7 +55,7 @@ TEST_F(Executable, ImportsOnlyLibrariesThatShipWithWindows) {
 // The front-end of this test calls DeleteFileW where it would load shcore.dll, and so deletes a file of that name.
 // Where its entry point would set the handler of an abort, which is its first call into a library, it ends.
 TEST_F(Executable, SetsItsDpiAwarenessBeforeItsEntryPointCallsAnything) {
-    const std::filesystem::path program = CopyFrontEndThatCalls("DeleteFileW", "LoadLibraryW");
+    const std::filesystem::path program = CopyFrontEndThatCalls("DeleteFileW", "LoadLibraryExW");
     LetCall(program, "exit", "signal");
     const std::filesystem::path folder = std::filesystem::path(Temporary()) / "current";
     const std::filesystem::path library = folder / "shcore.dll";

@@ -1,0 +1,32 @@
+#include "core/SystemLibrary.h"
+
+#include <array>
+#include <string>
+
+namespace {
+
+bool IsRedirected(const wchar_t* name) {
+    ACTCTX_SECTION_KEYED_DATA data{};
+    data.cbSize = sizeof data;
+    return FindActCtxSectionStringW(0, nullptr, ACTIVATION_CONTEXT_SECTION_DLL_REDIRECTION, name, &data);
+}
+
+/// For a Windows 7 without the update that brought the flags of the search (KB2533623).
+HMODULE LoadByPath(const wchar_t* name) {
+    // Only a bare name is redirected, and one that is gets searched for nowhere.
+    if (IsRedirected(name))
+        return LoadLibraryExW(name, nullptr, 0);
+    std::array<wchar_t, MAX_PATH> folder{};
+    const UINT length = GetSystemDirectoryW(folder.data(), static_cast<UINT>(folder.size()));
+    if (length == 0 || length >= folder.size())
+        return nullptr;
+    return LoadLibraryExW((std::wstring(folder.data(), length) + L'\\' + name).c_str(), nullptr,
+                          LOAD_WITH_ALTERED_SEARCH_PATH); // what it needs is searched for beside it
+}
+
+} // namespace
+
+HMODULE LoadSystemLibrary(const wchar_t* name) {
+    const HMODULE library = LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    return library == nullptr && GetLastError() == ERROR_INVALID_PARAMETER ? LoadByPath(name) : library;
+}
