@@ -5,23 +5,23 @@
 
 namespace {
 
-[[noreturn]] void EndProcess() {
-    TerminateProcess(GetCurrentProcess(), AbnormalExitCode);
-    std::_Exit(static_cast<int>(AbnormalExitCode)); // not reached
-}
-
 LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* /*exception*/) {
-    EndProcess();
+    EndProcessAbnormally();
 }
 
 void OnAbort(int /*signal*/) {
-    EndProcess();
+    EndProcessAbnormally();
 }
 
 } // namespace
 
+void EndProcessAbnormally() {
+    TerminateProcess(GetCurrentProcess(), AbnormalExitCode);
+    std::_Exit(static_cast<int>(AbnormalExitCode)); // not reached
+}
+
 void EndProcessOnUncaughtErrors() {
-    std::set_terminate(EndProcess);
+    std::set_terminate(EndProcessAbnormally);
     std::signal(SIGABRT, OnAbort);
     SetUnhandledExceptionFilter(OnUnhandledException);
 }

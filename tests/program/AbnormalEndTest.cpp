@@ -45,6 +45,14 @@ private:
     }
 };
 
+/// A library or functions that are not to be found.
+struct Missing {
+    const char* title;
+    std::vector<const char*> names;
+};
+
+class MissingImport : public AbnormalEnd, public testing::WithParamInterface<Missing> {};
+
 class UncaughtError : public testing::TestWithParam<const wchar_t*> {};
 
 } // namespace
@@ -59,6 +67,20 @@ TEST_F(AbnormalEnd, IsAtOnceAndWithoutADialogWhenComCannotBeInitialised) {
     }
     EXPECT_FALSE(std::filesystem::exists(Target())) << "nothing may be installed";
 }
+
+TEST_P(MissingImport, EndsTheProcessAtOnceAndWithoutADialog) {
+    std::filesystem::path program = CopyFrontEnd();
+    for (const char* name : GetParam().names)
+        LetCall(program, "missing", name);
+    for (const wchar_t* arguments : {L"/config x", L""})
+        EXPECT_EQ(Program(program, arguments, Temporary()).ExitCode(), StatusFatalAppExit);
+    EXPECT_FALSE(std::filesystem::exists(Target())) << "nothing may be installed";
+}
+
+INSTANTIATE_TEST_SUITE_P(, MissingImport,
+                         testing::Values(Missing{"Library", {"gdiplus.dll"}}, Missing{"Function", {"GdiplusStartup"}},
+                                         Missing{"BeforeTheEntryPoint", {"SetProcessDpiAwareness", "USER32.dll"}}),
+                         [](const auto& item) { return item.param.title; });
 
 TEST_F(AbnormalEnd, IsAtOnceAndWithoutADialogWhenTheLogoIsMissing) {
     const std::filesystem::path program = CopyFrontEnd();

@@ -1,0 +1,43 @@
+#include "app/DelayLoading.h"
+
+#include "app/AbnormalEnd.h"
+#include "core/SystemLibrary.h"
+
+#include <array>
+
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): the name is the linker's
+extern "C" const IMAGE_DOS_HEADER __ImageBase;
+
+namespace {
+
+template <typename Structure>
+Structure* At(ULONGLONG address) {
+    return reinterpret_cast<Structure*>(reinterpret_cast<ULONG_PTR>(&__ImageBase) + address);
+}
+
+HMODULE Load(const char* name) {
+    std::array<wchar_t, MAX_PATH> wide{};
+    MultiByteToWideChar(CP_UTF8, 0, name, -1, wide.data(), static_cast<int>(wide.size()));
+    return LoadSystemLibrary(wide.data());
+}
+
+} // namespace
+
+extern "C" FARPROC WINAPI __delayLoadHelper2(const ImgDelayDescr* library, FARPROC* slot) {
+    const DWORD lastError = GetLastError();
+    const HMODULE module = Load(At<const char>(library->rvaDLLName));
+    if (module == nullptr)
+        EndProcessAbnormally();
+    // All of them, although one is called: what stands in for a function until then keeps the integer arguments only.
+    // The first function of a library that is called has no others, as GdiplusStartup.
+    // Threads that come here together store the same addresses.
+    auto* function = At<FARPROC>(library->rvaIAT);
+    for (const auto* name = At<const IMAGE_THUNK_DATA64>(library->rvaINT); name->u1.AddressOfData != 0; ++name) {
+        *function = GetProcAddress(module, At<const IMAGE_IMPORT_BY_NAME>(name->u1.AddressOfData)->Name);
+        if (*function == nullptr)
+            EndProcessAbnormally();
+        ++function;
+    }
+    SetLastError(lastError);
+    return *slot;
+}
