@@ -6,9 +6,13 @@
 #include "tests/support/LogText.h"
 #include "tests/support/Machine.h"
 
+#include <imagehlp.h>
+
 #include <algorithm>
+#include <cstring>
 #include <fstream>
 #include <set>
+#include <span>
 #include <sstream>
 
 namespace {
@@ -83,6 +87,44 @@ TEST_F(Executable, SetsItsDpiAwarenessBeforeItsEntryPointCallsAnything) {
     std::ofstream(library) << "no library";
     EXPECT_EQ(Program(program, L"", Temporary(), folder).ExitCode(), AbnormalExitCode);
     EXPECT_FALSE(std::filesystem::exists(library));
+}
+
+TEST_F(Executable, LetsWindowsSearchForItsLibrariesInTheSystemFolderOnly) {
+    const IMAGE_DATA_DIRECTORY& directory = Directory(IMAGE_DIRECTORY_ENTRY_LOAD_CONFIG);
+    const auto& configuration = *At<IMAGE_LOAD_CONFIG_DIRECTORY64>(directory.VirtualAddress);
+    EXPECT_EQ(directory.Size, configuration.Size);
+    IMAGE_LOAD_CONFIG_DIRECTORY64 expected{};
+    expected.Size = sizeof expected;
+    expected.Reserved1 = 0x800; // DependentLoadFlags: LOAD_LIBRARY_SEARCH_SYSTEM32
+    expected.SecurityCookie = configuration.SecurityCookie;
+    EXPECT_EQ(std::memcmp(&configuration, &expected, sizeof expected), 0);
+}
+
+TEST_F(Executable, HasASecurityCookieThatWindowsChooses) {
+    const auto& configuration =
+        *At<IMAGE_LOAD_CONFIG_DIRECTORY64>(Directory(IMAGE_DIRECTORY_ENTRY_LOAD_CONFIG).VirtualAddress);
+    const ULONGLONG address = configuration.SecurityCookie - HeadersOf(module_).OptionalHeader.ImageBase;
+    const IMAGE_NT_HEADERS64& headers = HeadersOf(module_);
+    const std::span sections(reinterpret_cast<const IMAGE_SECTION_HEADER*>(&headers + 1),
+                             headers.FileHeader.NumberOfSections);
+    const auto section = std::ranges::find_if(sections, [&](const IMAGE_SECTION_HEADER& header) {
+        return address >= header.VirtualAddress && address - header.VirtualAddress < header.SizeOfRawData;
+    });
+    ASSERT_NE(section, sections.end());
+    EXPECT_TRUE(section->Characteristics & IMAGE_SCN_MEM_WRITE);
+    // In the file: Windows may have chosen already.
+    ULONGLONG cookie = 0;
+    ReadBytes(FrontEnd())
+        .copy(reinterpret_cast<char*>(&cookie), sizeof cookie,
+              address - section->VirtualAddress + section->PointerToRawData);
+    EXPECT_EQ(cookie, 0x00002B992DDFA232U) << "the value that Microsoft's compiler gives it";
+}
+
+TEST_F(Executable, HasTheChecksumOfItsBytes) {
+    DWORD inHeader = 0;
+    DWORD computed = 0;
+    ASSERT_EQ(MapFileAndCheckSumW(FrontEnd().c_str(), &inHeader, &computed), static_cast<DWORD>(CHECKSUM_SUCCESS));
+    EXPECT_EQ(inHeader, computed);
 }
 
 // The slot of a function that is loaded with the program holds, in this mapping, the place of the function's name. That
