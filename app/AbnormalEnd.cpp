@@ -24,4 +24,5 @@ void EndProcessOnUncaughtErrors() {
     std::set_terminate(EndProcessAbnormally);
     std::signal(SIGABRT, OnAbort);
     SetUnhandledExceptionFilter(OnUnhandledException);
+    HeapSetInformation(nullptr, HeapEnableTerminationOnCorruption, nullptr, 0);
 }

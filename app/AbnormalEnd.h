@@ -11,5 +11,5 @@ inline constexpr UINT AbnormalExitCode = 0x40000015;
 
 /// From now on an error that nothing catches, C++ exception or processor fault, on any thread, ends the process at once
 /// with `EndProcessAbnormally`. No message box of the C runtime or of Windows: during a silent installation nobody
-/// could see or close it.
+/// could see or close it. A heap that Windows finds corrupt ends the process too, with an exit code of Windows' own.
 void EndProcessOnUncaughtErrors();

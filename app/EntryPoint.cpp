@@ -1,6 +1,7 @@
 #include "app/AbnormalEnd.h"
 #include "app/CommandLine.h"
 #include "app/DpiAwareness.h"
+#include "app/ErrorMode.h"
 #include "app/ErrorTexts.h"
 #include "app/LibrarySearch.h"
 #include "app/WorkerThread.h"
@@ -35,6 +36,7 @@ struct Preparation {
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, wchar_t* commandLine, int /*show*/) {
     EndProcessOnUncaughtErrors();
+    SuppressCriticalErrorBoxes();
     _com_util::CheckError(CoInitialize(nullptr)); // a failure is caught by nobody
     StartGraphics();
     LoadLocalizedStrings(SelectUiLanguage());

@@ -1,7 +1,17 @@
 #include "app/WorkerThread.h"
 
+#include "app/ErrorMode.h"
 #include "install/InstallationWorker.h"
 #include "install/WorkerSignals.h"
+
+namespace {
+
+DWORD WINAPI RunWorker(void* context) {
+    SuppressCriticalErrorBoxes();
+    return InstallationWorker(context);
+}
+
+} // namespace
 
 bool StartWorkerThread() {
     ContinueEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
@@ -10,7 +20,7 @@ bool StartWorkerThread() {
         return false;
     // Not checked, since nothing could take the worker's place: the window then stays as it is, and the process stays
     // when the window is closed.
-    QueueUserWorkItem(InstallationWorker, nullptr, WT_EXECUTEDEFAULT);
+    QueueUserWorkItem(RunWorker, nullptr, WT_EXECUTEDEFAULT);
     return true;
 }
 

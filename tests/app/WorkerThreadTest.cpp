@@ -1,13 +1,15 @@
 #include "app/WorkerThread.h"
 
 #include "core/Unique.h"
-#include "install/InstallationWorker.h"
 #include "install/WorkerSignals.h"
 #include "tests/support/ImportPatch.h"
+#include "tests/support/LogText.h"
 #include "tests/support/Watchdog.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
+#include <stdexcept>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -60,9 +62,23 @@ class FailedEvents : public WorkerThread, public testing::WithParamInterface<Cre
 TEST_F(WorkerThread, IsQueuedOnceWithoutAContextAndWithDefaultFlags) {
     EXPECT_TRUE(StartWorkerThread()) << "though it could not be queued";
     ASSERT_EQ(Queued.size(), 1U);
-    EXPECT_EQ(Queued[0].function, InstallationWorker);
     EXPECT_EQ(Queued[0].context, nullptr);
     EXPECT_EQ(Queued[0].flags, 0U);
+}
+
+// Its first call is one of COM. What this throws there is nothing that it catches.
+TEST_F(WorkerThread, IsTheInstallationWorkerWithoutBoxesOfCriticalErrors) {
+    static DWORD mode;
+    mode = 0;
+    const ImportPatch<decltype(CoInitialize)> initialise("CoInitialize", [](LPVOID) -> HRESULT {
+        mode = GetThreadErrorMode();
+        throw std::logic_error("the worker has begun");
+    });
+    const LoggedEntries entries;
+    ASSERT_TRUE(StartWorkerThread());
+    std::thread([] { EXPECT_THROW(Queued.at(0).function(nullptr), std::logic_error); }).join();
+    EXPECT_EQ(mode, static_cast<DWORD>(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX));
+    EXPECT_EQ(entries.Get(), Entries{L"Begin processing"});
 }
 
 TEST_F(WorkerThread, HasTwoEventsThatAreUnsignalledAndResetThemselves) {

@@ -89,6 +89,14 @@ TEST_F(Executable, SetsItsDpiAwarenessBeforeItsEntryPointCallsAnything) {
     EXPECT_FALSE(std::filesystem::exists(library));
 }
 
+// ExitProcess in the place of the function that is to be given the mode ends the process with it.
+TEST_F(Executable, LetsCriticalErrorsShowNoBoxFromItsStart) {
+    const std::filesystem::path program = CopyFrontEndThatCalls("ExitProcess", "SetThreadErrorMode");
+    EXPECT_EQ(Program(program, L"/config x", Temporary()).ExitCode(),
+              static_cast<DWORD>(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX));
+    EXPECT_TRUE(Logged().empty());
+}
+
 TEST_F(Executable, LetsWindowsSearchForItsLibrariesInTheSystemFolderOnly) {
     const IMAGE_DATA_DIRECTORY& directory = Directory(IMAGE_DIRECTORY_ENTRY_LOAD_CONFIG);
     const auto& configuration = *At<IMAGE_LOAD_CONFIG_DIRECTORY64>(directory.VirtualAddress);
