@@ -1,0 +1,124 @@
+// Libraries of ours, in places where the front-end must not find them, under the names of those that it loads and of
+// those that it looks for in vain. planting.sh traces the names: it starts these tests without any, and then with them.
+
+#include "tests/support/InstallerScreen.h"
+#include "tests/support/LabBrowser.h"
+#include "tests/support/LabOffice.h"
+#include "tests/support/LabOneNote.h"
+#include "tests/support/LabPrograms.h"
+#include "tests/support/Machine.h"
+#include "tests/support/Registry.h"
+#include "tests/support/User.h"
+#include "tests/support/WaitUntil.h"
+
+#include <commctrl.h>
+
+#include <array>
+#include <iterator>
+#include <set>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Wine takes a library of its own before one that lies beside the program, but not with these settings.
+constexpr wchar_t WineSettings[] = LR"(Software\Wine\AppDefaults)";
+constexpr wchar_t Overrides[] = LR"(Software\Wine\AppDefaults\VellumkitInstaller.x64.exe\DllOverrides)";
+
+std::vector<std::wstring> TracedNames() {
+    std::array<wchar_t, 8192> names{};
+    GetEnvironmentVariableW(L"VELLUMKIT_PLANTED", names.data(), static_cast<DWORD>(names.size()));
+    std::wistringstream stream(names.data());
+    return {std::istream_iterator<std::wstring, wchar_t>(stream), {}};
+}
+
+/// A front-end in a folder of its own, which starts in another one.
+class LibraryPlanting : public WindowedMachine, public testing::WithParamInterface<const char*> {
+protected:
+    void SetUp() override {
+        WindowedMachine::SetUp();
+        for (const char* folder : {"beside", "current"})
+            fs::create_directory(Temporary() + fs::path(folder).wstring());
+        fs::copy_file(FrontEnd(), Copy());
+    }
+    void TearDown() override {
+        RegDeleteTreeW(HKEY_CURRENT_USER, WineSettings);
+        WindowedMachine::TearDown();
+    }
+
+    fs::path Copy() const { return fs::path(Temporary()) / "beside" / "VellumkitInstaller.x64.exe"; }
+    Program StartCopy(const std::wstring& arguments) const {
+        return Program(Copy(), arguments, Temporary(), fs::path(Temporary()) / "current");
+    }
+
+    /// In the folder that the test's parameter names.
+    void Plant() const {
+        for (const std::wstring& name : TracedNames()) {
+            fs::copy_file(ProgramFolder() / "planted-library.dll", fs::path(Temporary()) / GetParam() / name);
+            const fs::path file = name;
+            SetValue(Overrides, (file.extension() == ".dll" ? file.stem() : file).c_str(), REG_SZ,
+                     Bytes(L"native,builtin"));
+        }
+    }
+
+    /// The planted libraries that the program has loaded.
+    std::set<fs::path> Loaded() const {
+        std::set<fs::path> loaded;
+        for (const fs::path& file : fs::directory_iterator(fs::path(Temporary()) / GetParam())) {
+            if (file.extension() == ".mark")
+                loaded.insert(file.filename());
+        }
+        return loaded;
+    }
+
+    /// The user reads the help page and goes on.
+    static void Answer(const Program& frontEnd) {
+        for (const WPARAM button : {102U, 101U}) {
+            HWND dialog = nullptr;
+            WaitUntil("the question of the front-end", [&] {
+                dialog = FindWindowOf(frontEnd, L"#32770");
+                return IsWindowVisible(dialog) != FALSE;
+            });
+            PostMessageW(dialog, TDM_CLICK_BUTTON, button, 0);
+            WaitUntil("the end of the question", [&] { return !IsWindow(dialog); });
+        }
+    }
+};
+
+} // namespace
+
+TEST_P(LibraryPlanting, DoesNotReachAnInstallationWithoutAWindow) {
+    Plant();
+    EXPECT_EQ(StartCopy(L"/config x").ExitCode(), 0U);
+    EXPECT_EQ(Loaded(), std::set<fs::path>());
+}
+
+TEST_P(LibraryPlanting, DoesNotReachAnInstallationWithAWindow) {
+    Plant();
+    const LabOffice office(L"click-to-run-32-bit");
+    const LabBrowser browser(Temporary());
+    LabOneNote oneNote(Temporary());
+    oneNote.Register();
+    const Program frontEnd = StartCopy(L"");
+    Answer(frontEnd);
+    const InstallerScreen screen(frontEnd);
+    screen.Await(ScreenStatus::Completed);
+    screen.Activate();
+    User::Click(screen.Secondary()); // Start OneNote
+    EXPECT_EQ(frontEnd.ExitCode(), 0U);
+    EXPECT_EQ(Loaded(), std::set<fs::path>());
+}
+
+// The test's own proof that Wine loads what is planted: this program has no defence, and the front-end's name.
+TEST_P(LibraryPlanting, ReachesAnotherProgram) {
+    if (TracedNames().empty() || GetParam() != std::string_view("beside"))
+        GTEST_SKIP() << "only what lies beside a program comes before Windows' own";
+    Plant();
+    fs::copy_file(ProgramFolder() / "uncaught-error.exe", Copy(), fs::copy_options::overwrite_existing);
+    StartCopy(L"").ExitCode();
+    EXPECT_NE(Loaded(), std::set<fs::path>());
+}
+
+INSTANTIATE_TEST_SUITE_P(, LibraryPlanting, testing::Values("beside", "current"),
+                         [](const auto& item) { return item.param; });
