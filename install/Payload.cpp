@@ -9,8 +9,11 @@
 #include <shellapi.h>
 #include <shlwapi.h>
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 
 namespace {
 
@@ -30,16 +33,41 @@ std::span<const char> LoadPayload() {
     return {static_cast<const char*>(bytes), size};
 }
 
-void ExtractPayload(const std::wstring& path) {
+/// What the file holds now; nothing when it could not be written whole.
+std::optional<std::span<const char>> ExtractPayload(const std::wstring& path) {
     Log(true) << L"Extracting installer to " << path;
     Log(true) << L"    Installing file at resource id: " << PayloadResource << L" to path: " << path;
     Log(true) << L"    Loading from resource";
     const std::span<const char> payload = LoadPayload();
     SetLastError(ERROR_SUCCESS);
     Log(true) << L"    Writing to the given path";
-    if (!WriteBytesToFile(path, payload))
+    bool whole = false;
+    if (!WriteBytesToFile(path, payload, &whole))
         ThrowWin32Error(GetLastError()); // a file that was refused without a code fails the pass too, as error 0
     Log(true) << L"    Done.";
+    return whole ? std::optional(payload) : std::nullopt;
+}
+
+/// Nobody can write, rename or delete the file while this is open. None when somebody has it open for that already; the
+/// shell tells whether it starts such a file.
+UniqueHandle KeepFromChanging(const std::wstring& path) {
+    return UniqueHandle(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+/// False also when the file can't be read: a bad disk or another program's lock is no proof of other bytes.
+bool HoldsSomethingElse(HANDLE file, std::span<const char> bytes) {
+    std::array<char, 65536> chunk{};
+    DWORD count = 0;
+    while (ReadFile(file, chunk.data(), static_cast<DWORD>(chunk.size()), &count, nullptr)) {
+        const auto read = std::span(chunk).first(count);
+        if (read.empty())
+            return !bytes.empty();
+        if (read.size() > bytes.size() || !std::ranges::equal(read, bytes.first(read.size())))
+            return true;
+        bytes = bytes.subspan(read.size());
+    }
+    return false;
 }
 
 UniqueHandle RunElevated(const std::wstring& path) {
@@ -76,17 +104,23 @@ void EnsureFolder(const std::wstring& path) {
     Log(true) << L"Done.";
 }
 
-bool WriteBytesToFile(const std::wstring& path, std::span<const char> bytes) {
+bool WriteBytesToFile(const std::wstring& path, std::span<const char> bytes, bool* whole) {
     std::ofstream file(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
     if (!file.is_open())
         return false;
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (whole != nullptr)
+        *whole = file.good();
     return true;
 }
 
 UniqueHandle ExtractAndRunInstaller() {
     EnsureFolder(TempPath(L"Vellumkit"));
     const std::wstring path = TempPath(LR"(Vellumkit\Vellumkit Installer.exe)");
-    ExtractPayload(path);
+    const auto written = ExtractPayload(path);
+    const UniqueHandle kept = KeepFromChanging(path); // until the shell has started it
+    if (written && kept && HoldsSomethingElse(kept.Get(), *written))
+        ThrowWin32Error(ERROR_SHARING_VIOLATION); // somebody else wrote to it
     return RunElevated(path);
 }

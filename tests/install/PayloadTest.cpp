@@ -15,6 +15,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
@@ -64,17 +65,24 @@ class ShellExecution : public Payload {
 protected:
     void SetUp() override {
         Payload::SetUp();
+        Asked = {};
         Error = ERROR_SUCCESS;
         Process = nullptr;
+        Meanwhile = [] {};
     }
+
+    static bool WasAsked() { return Asked.cbSize != 0; }
 
     static inline SHELLEXECUTEINFOW Asked;
     static inline std::wstring File, Parameters;
     static inline DWORD Error;
     static inline HANDLE Process;
+    /// What others do while the shell works.
+    static inline std::function<void()> Meanwhile;
 
 private:
     ImportPatch<decltype(ShellExecuteExW)> patch_{"ShellExecuteExW", [](SHELLEXECUTEINFOW* execution) -> BOOL {
+                                                      Meanwhile();
                                                       Asked = *execution;
                                                       File = execution->lpFile;
                                                       Parameters = execution->lpParameters;
@@ -83,6 +91,32 @@ private:
                                                       return Error == ERROR_SUCCESS;
                                                   }};
 };
+
+/// Others get at the file between its writing and the moment it is kept from changing.
+class ChangedPayload : public ShellExecution {
+protected:
+    static inline std::function<void()> Change;
+
+private:
+    // The runtime library opens files with CreateFileW of its own imports: this is the call that keeps the file.
+    static inline auto* const Open = ImportedNow<decltype(CreateFileW)>("CreateFileW");
+
+    ImportPatch<decltype(CreateFileW)> patch_{
+        "CreateFileW",
+        [](LPCWSTR path, DWORD access, DWORD others, LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
+           HANDLE model) -> HANDLE {
+            Change();
+            return Open(path, access, others, security, disposition, flags, model);
+        }};
+};
+
+struct OtherContent {
+    const char* name;
+    /// Of the payload's bytes.
+    std::string (*made)(std::string payload);
+};
+
+class PayloadOfOtherBytes : public ChangedPayload, public testing::WithParamInterface<OtherContent> {};
 
 } // namespace
 
@@ -137,14 +171,31 @@ TEST_F(Payload, FileThatCannotBeOpenedIsToldWithItsCode) {
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
 }
 
-TEST_F(Payload, FileThatCannotBeWrittenIsNotNoticed) {
+TEST_F(Payload, FileThatCannotBeWrittenIsOnlyToldApart) {
     fs::create_directory(Folder());
+    bool whole = false;
+    EXPECT_TRUE(WriteBytesToFile(File(), std::string("x"), &whole));
+    EXPECT_TRUE(whole);
     {
         const ImportPatch<int(int, const void*, unsigned)> write("_write",
                                                                  [](int, const void*, unsigned) -> int { return -1; });
         EXPECT_TRUE(WriteBytesToFile(File(), std::string("x")));
+        EXPECT_TRUE(WriteBytesToFile(File(), std::string("x"), &whole));
+        EXPECT_FALSE(whole);
     }
     EXPECT_EQ(ReadBytes(File()), "");
+}
+
+TEST_F(Payload, FileThatCannotBeClosedIsNotWhole) {
+    fs::create_directory(Folder());
+    bool whole = true;
+    static auto* const close = ImportedNow<int(FILE*)>("fclose");
+    const ImportPatch<int(FILE*)> failing("fclose", [](FILE* file) -> int {
+        close(file);
+        return EOF;
+    });
+    EXPECT_TRUE(WriteBytesToFile(File(), std::string("x"), &whole));
+    EXPECT_FALSE(whole);
 }
 
 // ExtractAndRunInstaller
@@ -174,6 +225,101 @@ TEST_F(ShellExecution, ThatTheUserRefusesLeavesTheFile) {
     Error = ERROR_CANCELLED;
     EXPECT_EQ(ThrownBy(ExtractAndRunInstaller), static_cast<HRESULT>(0x800704C7));
     EXPECT_EQ(ReadBytes(Payload::File()), PayloadBytes());
+}
+
+TEST_F(ShellExecution, HappensWhileNobodyCanChangeTheFile) {
+    static std::vector<DWORD> errors;
+    errors.clear();
+    Meanwhile = [] {
+        const std::wstring file = Payload::File();
+        constexpr DWORD Everything = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+        for (const DWORD access : {DWORD{GENERIC_WRITE}, DWORD{FILE_APPEND_DATA}, DWORD{DELETE}}) {
+            const UniqueHandle other(CreateFileW(file.c_str(), access, Everything, nullptr, OPEN_EXISTING, 0, nullptr));
+            errors.push_back(other ? ERROR_SUCCESS : GetLastError());
+        }
+        errors.push_back(DeleteFileW(file.c_str()) ? ERROR_SUCCESS : GetLastError());
+        errors.push_back(MoveFileExW(file.c_str(), (file + L".old").c_str(), 0) ? ERROR_SUCCESS : GetLastError());
+        const UniqueHandle reader(
+            CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+        EXPECT_TRUE(reader) << "the system opens a program so to start it";
+    };
+    ExtractAndRunInstaller();
+    EXPECT_EQ(errors, std::vector<DWORD>(5, ERROR_SHARING_VIOLATION));
+    EXPECT_TRUE(DeleteFileW(Payload::File().c_str())) << "nothing keeps the file any longer";
+}
+
+TEST_F(ShellExecution, ThatFailsLeavesTheFileToOthers) {
+    Error = ERROR_CANCELLED;
+    ThrownBy(ExtractAndRunInstaller);
+    EXPECT_TRUE(DeleteFileW(Payload::File().c_str()));
+}
+
+TEST_F(ShellExecution, HappensForAFileThatSomebodyElseHasOpenForWriting) {
+    fs::create_directory(Payload::Folder());
+    const UniqueHandle other(CreateFileW(Payload::File().c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                         nullptr, CREATE_ALWAYS, 0, nullptr));
+    ASSERT_TRUE(other);
+    ExtractAndRunInstaller();
+    EXPECT_TRUE(WasAsked());
+}
+
+TEST_F(ShellExecution, HappensForAFileThatCannotBeRead) {
+    const ImportPatch<decltype(ReadFile)> read(
+        "ReadFile", [](HANDLE, LPVOID, DWORD, LPDWORD, LPOVERLAPPED) -> BOOL { return FALSE; });
+    ExtractAndRunInstaller();
+    EXPECT_TRUE(WasAsked());
+}
+
+TEST_F(ShellExecution, HappensForAFileThatWasNotWrittenWhole) {
+    static int writes;
+    static auto* const write = ImportedNow<int(int, const void*, unsigned)>("_write");
+    writes = 0;
+    const ImportPatch<int(int, const void*, unsigned)> full(
+        "_write", [](int file, const void* bytes, unsigned count) -> int {
+            return ++writes == 1 ? write(file, bytes, std::min(count, 1000U)) : -1; // the disk is full then
+        });
+    ExtractAndRunInstaller();
+    EXPECT_TRUE(WasAsked());
+    EXPECT_EQ(ReadBytes(Payload::File()), PayloadBytes().substr(0, 1000));
+}
+
+TEST_F(ChangedPayload, IsStartedWithTheBytesThatItHad) {
+    static int changes;
+    changes = 0;
+    Change = [] {
+        ++changes;
+        std::ofstream(fs::path(Payload::File()), std::ios::binary) << PayloadBytes();
+    };
+    ExtractAndRunInstaller();
+    EXPECT_EQ(changes, 1);
+    EXPECT_TRUE(WasAsked());
+}
+
+TEST_F(ChangedPayload, ThatIsGoneIsLeftToTheShell) {
+    Change = [] { fs::remove(Payload::File()); };
+    Error = ERROR_FILE_NOT_FOUND;
+    EXPECT_EQ(ThrownBy(ExtractAndRunInstaller), HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
+    EXPECT_TRUE(WasAsked());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , PayloadOfOtherBytes,
+    testing::Values(OtherContent{"OtherFirst", [](std::string bytes) { return '?' + bytes.substr(1); }},
+                    OtherContent{"OtherLast",
+                                 [](std::string bytes) { return bytes.replace(bytes.size() - 1, 1, "?"); }},
+                    OtherContent{"OneLess", [](std::string bytes) { return bytes.substr(0, bytes.size() - 1); }},
+                    OtherContent{"OneMore", [](std::string bytes) { return bytes + '\0'; }},
+                    OtherContent{"HalfOfThem", [](std::string bytes) { return bytes.substr(0, bytes.size() / 2); }},
+                    OtherContent{"NoBytes", [](std::string) { return std::string(); }},
+                    OtherContent{"AnotherProgram", [](std::string) { return ReadBytes(Datebookery()); }}),
+    [](const auto& item) { return item.param.name; });
+
+TEST_P(PayloadOfOtherBytes, IsNotStarted) {
+    Change = [] { std::ofstream(fs::path(Payload::File()), std::ios::binary) << GetParam().made(PayloadBytes()); };
+    EXPECT_EQ(ThrownBy(ExtractAndRunInstaller), HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION));
+    EXPECT_FALSE(WasAsked());
+    EXPECT_EQ(Logged().back(), L"    Done.");
+    EXPECT_TRUE(ReadBytes(Payload::File()) == GetParam().made(PayloadBytes())) << "it stays as it was found";
 }
 
 TEST_F(Payload, IsWrittenAsItIsAndRun) {
