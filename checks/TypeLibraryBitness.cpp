@@ -2,10 +2,9 @@
 
 #include "checks/RegistryReport.h"
 #include "core/Log.h"
+#include "core/Unique.h"
 
 #include <array>
-#include <filesystem>
-#include <fstream>
 #include <string_view>
 
 namespace {
@@ -32,6 +31,14 @@ TypeLibFileList ReadFileList(const std::wstring& key) {
             .win64Wow64 = ReadPath(In32BitView + key + Win64)};
 }
 
+/// Whether the file can be opened for reading, shared as the runtime library shares what it opens. A registration may
+/// name a pipe instead: its server doesn't get to act as the user.
+bool CanBeRead(const std::wstring& path) {
+    const UniqueHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                        OPEN_EXISTING, SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS, nullptr));
+    return static_cast<bool>(file);
+}
+
 void CheckFile(std::wstring path) {
     if (path.size() < 5)
         return;
@@ -41,8 +48,7 @@ void CheckFile(std::wstring path) {
     const std::size_t last3 = path.size() - 3;
     if (path.compare(last3, 2, L"\\3") == 0)
         path.resize(last3);
-    const bool exists = std::ifstream(std::filesystem::path(path), std::ios::binary).is_open();
-    Log(true) << (exists ? L"File exists" : L"Error: File DOES NOT exist") << L": " << path;
+    Log(true) << (CanBeRead(path) ? L"File exists" : L"Error: File DOES NOT exist") << L": " << path;
 }
 
 bool IsX86(const std::wstring& path) {

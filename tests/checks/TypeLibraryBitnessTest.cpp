@@ -77,6 +77,12 @@ class TypeLibraryFile : public TypeLibraryBitness {
 protected:
     TypeLibraryFile() { std::ofstream(std::filesystem::path(File)) << "x"; }
 
+    std::wstring WithFile(std::wstring text) const {
+        if (const std::size_t place = text.find(L"(file)"); place != std::wstring::npos)
+            text.replace(place, 6, File);
+        return text;
+    }
+
     void RegisterFile() const { RegisterText(L"TypeLib\\{L}\\1.1\\0\\Win32", nullptr, File); }
 
     /// `others` is what somebody else may do meanwhile: FILE_SHARE_READ, or 0 for nothing.
@@ -92,14 +98,15 @@ protected:
     const std::wstring File = (folder_.Path() / "x86.dll").wstring();
 };
 
-class FileCheck : public TypeLibraryFile, public testing::WithParamInterface<RegisteredPath> {
-protected:
-    std::wstring WithFile(std::wstring text) const {
-        if (const std::size_t place = text.find(L"(file)"); place != std::wstring::npos)
-            text.replace(place, 6, File);
-        return text;
-    }
+class FileCheck : public TypeLibraryFile, public testing::WithParamInterface<RegisteredPath> {};
+
+/// A path that names no file, or names one unusually; "(file)" stands for the file.
+struct UnusualPath {
+    const char* name;
+    std::wstring path;
 };
+
+class UnusualFile : public TypeLibraryFile, public testing::WithParamInterface<UnusualPath> {};
 
 const auto NameOf = [](const auto& item) { return item.param.name; };
 
@@ -327,4 +334,56 @@ TEST_F(TypeLibraryFile, IsNotLeftOpen) {
     EXPECT_FALSE(Check({L"1.1"}, L""));
     EXPECT_EQ(LoggedBehindTheBlock()[0], L"File exists: " + File + L'\0');
     EXPECT_TRUE(Open(0)) << "error " << GetLastError();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , UnusualFile,
+    testing::Values(
+        UnusualPath{"BlanksBehind", L"(file)  "}, UnusualPath{"DotsBehind", L"(file).."},
+        UnusualPath{"BlankBefore", L" (file)"}, UnusualPath{"BackslashBehind", L"(file)\\"},
+        UnusualPath{"Wildcard", L"(file)*"}, UnusualPath{"Stream", L"(file):x"},
+        UnusualPath{"Literal", L"\\\\?\\(file)"}, UnusualPath{"LiteralWithABlank", L"\\\\?\\(file) "},
+        UnusualPath{"ThroughTheDevices", L"\\\\.\\(file)"}, UnusualPath{"NulInTheMiddle", L"(file)\0C:\\no such file"s},
+        UnusualPath{"NulBeforeTheFile", L"C:\\no such file\0(file)"s}, UnusualPath{"Relative", L"x86.dll"},
+        UnusualPath{"RelativeToTheDrive", L"C:x86.dll"}, UnusualPath{"FolderWithABackslash", L"C:\\Windows\\"},
+        UnusualPath{"EmptyDrive", L"Q:\\x.tlb"}, UnusualPath{"DeadServer", L"\\\\dead-host\\share\\x.tlb"},
+        UnusualPath{"Url", L"https://www.vellumkit.example/x.tlb"}, UnusualPath{"Nul", L"\\\\.\\NUL"},
+        UnusualPath{"NulAsAFile", L"C:\\Windows\\NUL"}, UnusualPath{"Console", L"CONIN$"},
+        UnusualPath{"SerialPort", L"\\\\.\\COM1"}, UnusualPath{"Disk", L"\\\\.\\PhysicalDrive0"},
+        UnusualPath{"Volume", L"\\\\.\\C:"}, UnusualPath{"MissingPipe", L"\\\\.\\pipe\\vellumkit-no-such-pipe"},
+        UnusualPath{"VeryLong", L"C:\\" + std::wstring(40000, L'x')},
+        UnusualPath{"Variable", L"%SystemRoot%\\win.ini"}),
+    NameOf);
+
+TEST_P(UnusualFile, IsThereWhenTheRuntimeLibraryCanOpenIt) {
+    const std::wstring path = WithFile(GetParam().path);
+    StorePaths({path, L"", L"", L""});
+    EXPECT_FALSE(Check({L"1.1"}, L""));
+    const bool opens = std::ifstream(std::filesystem::path(path), std::ios::binary).is_open();
+    EXPECT_EQ(LoggedBehindTheBlock(), Entries{(opens ? L"File exists: " : L"Error: File DOES NOT exist: ") + path});
+}
+
+TEST_F(TypeLibraryFile, ThatIsAPipeIsOpenedOnceAndLetGo) {
+    const wchar_t* const name = LR"(\\.\pipe\vellumkit-type-library)";
+    const UniqueHandle pipe(CreateNamedPipeW(name, PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 1, 64, 64, 0, nullptr));
+    ASSERT_TRUE(pipe);
+    StorePaths({name, L"", L"", L""});
+    EXPECT_FALSE(Check({L"1.1"}, L""));
+    EXPECT_EQ(LoggedBehindTheBlock(), Entries{std::wstring(L"File exists: ") + name});
+    EXPECT_FALSE(ConnectNamedPipe(pipe.Get(), nullptr));
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_NO_DATA}) << "the client should have come and gone";
+}
+
+/// Wine lets every server of a pipe act as its client, so that the request is seen at the call.
+TEST_F(TypeLibraryFile, IsOpenedAnonymously) {
+    static std::vector<DWORD> asked;
+    asked.clear();
+    const ImportPatch<decltype(CreateFileW)> open(
+        "CreateFileW", [](LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD flags, HANDLE) -> HANDLE {
+            asked.push_back(flags);
+            return INVALID_HANDLE_VALUE;
+        });
+    RegisterFile();
+    EXPECT_FALSE(Check({L"1.1"}, L""));
+    EXPECT_EQ(asked, std::vector<DWORD>{SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS});
 }
