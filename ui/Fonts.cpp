@@ -4,28 +4,27 @@
 
 #include <objbase.h>
 
-#include <memory>
+#include <optional>
 
 namespace {
 
 constexpr wchar_t Family[] = L"Segoe UI";
 constexpr float Points = 9;
 
-std::unique_ptr<Gdiplus::Font> StatusFontObject;
+std::optional<Gdiplus::Font> StatusFontObject;
 HFONT ControlFontHandle = nullptr; // never deleted: the window has it to its end
 
-std::unique_ptr<Gdiplus::Font> MakeFont(const Gdiplus::FontFamily* family) {
+bool TryFamily(const Gdiplus::FontFamily* family) {
     const auto pixels = static_cast<Gdiplus::REAL>(VerticalScale(Points));
-    return std::make_unique<Gdiplus::Font>(family, pixels, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel);
+    StatusFontObject.emplace(family, pixels, Gdiplus::FontStyleRegular, Gdiplus::UnitPixel);
+    return StatusFontObject->GetLastStatus() == Gdiplus::Ok;
 }
 
 /// Not by the constructor that takes a name: Microsoft's falls back to the generic family, mingw-w64's does not.
-std::unique_ptr<Gdiplus::Font> MakeStatusFont() {
+void MakeStatusFont() {
     const Gdiplus::FontFamily family(Family);
-    auto font = MakeFont(family.GetLastStatus() == Gdiplus::Ok ? &family : Gdiplus::FontFamily::GenericSansSerif());
-    if (font->GetLastStatus() != Gdiplus::Ok)
-        font = MakeFont(Gdiplus::FontFamily::GenericSansSerif());
-    return font;
+    if (!TryFamily(family.GetLastStatus() == Gdiplus::Ok ? &family : Gdiplus::FontFamily::GenericSansSerif()))
+        TryFamily(Gdiplus::FontFamily::GenericSansSerif());
 }
 
 HFONT MakeControlFont() {
@@ -48,7 +47,7 @@ void StartGraphics() {
     ULONG_PTR token = 0;   // not kept: GDI+ is never shut down
     const Gdiplus::GdiplusStartupInput input;
     Gdiplus::GdiplusStartup(&token, &input, nullptr);
-    StatusFontObject = MakeStatusFont();
+    MakeStatusFont();
     ControlFontHandle = MakeControlFont();
 }
 

@@ -45,6 +45,8 @@ void OnSetFocus() {
 void OnPaint(HWND window) {
     PAINTSTRUCT paint;
     const HDC context = BeginPaint(window, &paint);
+    if (context == nullptr)
+        return; // DefWindowProc validates the window
     {
         Gdiplus::Graphics graphics(context);
         RECT client{};

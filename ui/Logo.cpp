@@ -6,15 +6,6 @@
 
 namespace {
 
-/// A bitmap that is null when there is no memory for it. GDI+'s own operator new answers null then, but is not declared
-/// noexcept: a compiler may go on to construct a bitmap there.
-class NullableBitmap final : public Gdiplus::Bitmap {
-public:
-    using Gdiplus::Bitmap::Bitmap;
-    static void* operator new(std::size_t size) noexcept { return Bitmap::operator new(size); }
-    static void operator delete(void* memory) { Bitmap::operator delete(memory); }
-};
-
 using StreamPtr = _com_ptr_t<_com_IIID<IStream, &IID_IStream>>;
 
 /// A stream over the logo; null when it lacks the interface. Throws for any other failure.
@@ -31,5 +22,5 @@ StreamPtr OpenLogo() {
 } // namespace
 
 void LoadLogo() {
-    LogoBitmap = std::make_unique<NullableBitmap>(OpenLogo());
+    LogoBitmap = std::make_unique<Gdiplus::Bitmap>(OpenLogo());
 }

@@ -5,7 +5,7 @@
 #include "ui/Logo.h"
 #include "ui/WindowLayout.h"
 
-#include <string>
+#include <string_view>
 
 namespace {
 
@@ -20,21 +20,21 @@ Gdiplus::RectF AsRectF(const Gdiplus::Rect& area) {
             static_cast<Gdiplus::REAL>(area.Width), static_cast<Gdiplus::REAL>(area.Height)};
 }
 
-std::wstring StatusText(ScreenStatus status) {
+std::wstring_view StatusText(ScreenStatus status) {
     switch (status) {
     case ScreenStatus::Checking:
-        return GetLocalizedString(StrCheckingRequirements);
+        return LocalizedText(StrCheckingRequirements);
     case ScreenStatus::Installing:
-        return GetLocalizedString(StrInstalling);
+        return LocalizedText(StrInstalling);
     case ScreenStatus::Failed:
-        return ErrorText != nullptr ? *ErrorText.load() : std::wstring();
+        return ErrorText != nullptr ? *ErrorText.load() : std::wstring_view();
     case ScreenStatus::Completed:
-        return GetLocalizedString(StrInstallCompleted);
+        return LocalizedText(StrInstallCompleted);
     }
     return {};
 }
 
-void PaintScreen(Gdiplus::Graphics& surface, const std::wstring& text) {
+void PaintScreen(Gdiplus::Graphics& surface, std::wstring_view text) {
     surface.Clear(Gdiplus::Color(White));
     surface.SetCompositingQuality(Gdiplus::CompositingQualityHighQuality);
     surface.DrawImage(LogoBitmap.get(), AsRectF(LogoArea()), 0, 0, LogoPixels, LogoPixels, Gdiplus::UnitPixel);
@@ -45,7 +45,7 @@ void PaintScreen(Gdiplus::Graphics& surface, const std::wstring& text) {
     const Gdiplus::SolidBrush textBrush{Gdiplus::Color(Black)};
     const Gdiplus::StringFormat wrapped; // at word boundaries, from the left top, cut at the box
     surface.SetClip(StatusTextBox());    // the format asks for it too, but Wine's GDI+ does not clip text in a bitmap
-    surface.DrawString(text.c_str(), static_cast<INT>(text.size()), &StatusFont(), AsRectF(StatusTextBox()), &wrapped,
+    surface.DrawString(text.data(), static_cast<INT>(text.size()), &StatusFont(), AsRectF(StatusTextBox()), &wrapped,
                        &textBrush);
 }
 

@@ -105,6 +105,12 @@ TEST_F(Fonts, AreEmptyAndKeepTheirFailureWhenTheGenericFamilyFailsToo) {
     EXPECT_NE(StatusFont().GetLastStatus(), Gdiplus::Ok);
 }
 
+TEST_F(Fonts, AreMadeWithoutMemoryOfTheirOwn) {
+    const ImportPatch<decltype(flat::GdipAlloc)> alloc("GdipAlloc", [](std::size_t) -> void* { return nullptr; });
+    StartGraphics();
+    ExpectRegularOfItsSize(StatusFont());
+}
+
 TEST_F(Fonts, GetAHandleFromAnUnfilledDescriptionWhenItCannotBeHad) {
     static std::vector<LOGFONTW> descriptions;
     descriptions.clear();

@@ -46,6 +46,14 @@ class State : public InstallerWindow, public testing::WithParamInterface<StateCa
 
 class EachStatus : public InstallerWindow, public testing::WithParamInterface<ScreenStatus> {};
 
+/// A call that painting makes, and what it answers when it fails.
+struct PaintingCall {
+    const char* function;
+    ULONG_PTR failure = Gdiplus::OutOfMemory;
+};
+
+class FailedPainting : public InstallerWindow, public testing::WithParamInterface<PaintingCall> {};
+
 std::string NameOf(const testing::TestParamInfo<ScreenStatus>& item) {
     constexpr std::array<const char*, 4> Names{"Checking", "Installing", "Failed", "Completed"};
     return Names.at(static_cast<std::size_t>(item.param));
@@ -209,11 +217,51 @@ TEST_F(InstallerWindow, EndsThePaintingThatItBegan) {
     EXPECT_EQ(graphicsAtEnd, 0U);
 }
 
+TEST_F(InstallerWindow, EndsNoPaintingThatCouldNotBegin) {
+    static int ends;
+    ends = 0;
+    const ImportPatch<decltype(BeginPaint)> begin("BeginPaint", [](HWND, PAINTSTRUCT*) -> HDC { return nullptr; });
+    const ImportPatch<decltype(EndPaint)> end("EndPaint", [](HWND, const PAINTSTRUCT*) -> BOOL { return ++ends != 0; });
+    RedrawWindow(MainWindow, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    EXPECT_EQ(ends, 0);
+}
+
 TEST_F(InstallerWindow, IsPaintedWithoutALogo) {
     Show(ScreenStatus::Installing);
     LogoBitmap.reset();
     RedrawWindow(MainWindow, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
     ExpectOnScreen(ScreenStatus::Installing);
+}
+
+INSTANTIATE_TEST_SUITE_P(, FailedPainting,
+                         testing::Values(PaintingCall{"BeginPaint", 0}, PaintingCall{"GetClientRect", FALSE},
+                                         PaintingCall{"GdipAlloc", 0}, PaintingCall{"malloc", 0},
+                                         PaintingCall{"GdipCreateFromHDC"}, PaintingCall{"GdipCreateBitmapFromScan0"},
+                                         PaintingCall{"GdipGetImageGraphicsContext"}, PaintingCall{"GdipGraphicsClear"},
+                                         PaintingCall{"GdipSetCompositingQuality"},
+                                         PaintingCall{"GdipDrawImageRectRect"}, PaintingCall{"GdipCreateSolidFill"},
+                                         PaintingCall{"GdipFillRectangleI"}, PaintingCall{"GdipCreateStringFormat"},
+                                         PaintingCall{"GdipSetClipRectI"}, PaintingCall{"GdipDrawString"},
+                                         PaintingCall{"GdipDrawImageRectI"}),
+                         [](const auto& item) { return item.param.function; });
+
+TEST_P(FailedPainting, IsSkippedAndDoneAnewWithTheNextState) {
+    Show(ScreenStatus::Installing);
+    UpdateWindow(MainWindow);
+    PendingScreenState = ScreenStateOf(ScreenStatus::Completed, 0);
+    {
+        static ULONG_PTR failure;
+        failure = GetParam().failure;
+        // Takes the arguments of any function without looking at them.
+        const ImportPatch<ULONG_PTR()> call(GetParam().function, [] { return failure; });
+        SendMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
+        UpdateWindow(MainWindow);
+        EXPECT_FALSE(GetUpdateRect(MainWindow, nullptr, FALSE)) << "it would be painted for ever";
+    }
+    EXPECT_EQ(CurrentStatus, ScreenStatus::Completed);
+    EXPECT_EQ(CaptionOf(PrimaryButton), L"&Close");
+    SendMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
+    ExpectOnScreen(ScreenStatus::Completed);
 }
 
 // What it does

@@ -147,6 +147,11 @@ TEST_F(Painting, CompositesInHighQuality) {
     EXPECT_EQ(quality, Gdiplus::CompositingQualityHighQuality);
 }
 
+TEST_F(Painting, IsNoneWithoutMemory) {
+    const ImportPatch<decltype(flat::GdipAlloc)> alloc("GdipAlloc", [](std::size_t) -> void* { return nullptr; });
+    EXPECT_EQ(RenderScreen(ScreenStatus::Checking), nullptr);
+}
+
 TEST_F(Painting, LeavesThePlaceOfAMissingLogoWhite) {
     LogoBitmap.reset();
     const Picture picture = Paint(ScreenStatus::Installing);
