@@ -111,7 +111,13 @@ INSTANTIATE_TEST_SUITE_P(
                      L"Failed to create temporary file. Make sure you have enough disk space and then click "
                      L"Retry. (0xffffff9d)"},
         ExitCodeCase{"ReadResource", L"-100", 4294967196, L"Failed to read installation resource. (0xffffff9c)"},
+        ExitCodeCase{"StillActive", L"259", STILL_ACTIVE, nullptr},
+        ExitCodeCase{"RestartRequired", L"3010", ERROR_SUCCESS_REBOOT_REQUIRED, nullptr},
+        ExitCodeCase{"TheHighestPositive", L"2147483647", 2147483647, nullptr},
+        ExitCodeCase{"TheLowestNegative", L"-2147483648", 2147483648, nullptr},
+        ExitCodeCase{"Unspecified", L"2147500037", 0x80004005, nullptr},
         ExitCodeCase{"AccessDenied", L"2147942405", 0x80070005, nullptr},
+        ExitCodeCase{"Crash", L"3221225477", STATUS_ACCESS_VIOLATION, nullptr},
         ExitCodeCase{"TheHighest", L"4294967295", 4294967295, L"Unknown error 0xFFFFFFFF (0xffffffff)"}),
     [](const auto& item) { return item.param.name; });
 

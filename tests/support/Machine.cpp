@@ -112,6 +112,10 @@ DWORD Machine::Install(const std::wstring& configuration) const {
     return Start(L"/config \"" + configuration + L'"').ExitCode();
 }
 
+DWORD Machine::InstallIntercepting(const Interceptions& interceptions) const {
+    return RunIntercepted(FrontEnd(), L"/config \"" + Configuration(L"0") + L'"', Temporary(), interceptions);
+}
+
 Entries Machine::Logged() const {
     Entries log = ReadEntries(Temporary() + L"Vellumkit_Install.log");
     ExpectDocumented(log);

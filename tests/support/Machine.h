@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/Interception.h"
 #include "tests/support/LogText.h"
 #include "tests/support/Program.h"
 #include "tests/support/TestFolder.h"
@@ -42,6 +43,8 @@ protected:
     /// Performs an unattended pass and returns its exit code.
     DWORD Install(const std::wstring& configuration) const;
     DWORD Install() const { return Install(Configuration(L"0")); }
+    /// The same, with calls intercepted.
+    DWORD InstallIntercepting(const Interceptions& interceptions) const;
 
     /// The user's temporary folder, with its backslash.
     std::wstring Temporary() const { return folder_.Path().wstring() + L'\\'; }

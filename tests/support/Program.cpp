@@ -28,11 +28,11 @@ private:
     std::array<wchar_t, 1024> old_{};
 };
 
-UniqueHandle Start(const std::filesystem::path& file, std::wstring commandLine, const wchar_t* directory) {
+UniqueHandle Start(const std::filesystem::path& file, std::wstring commandLine, const wchar_t* directory, DWORD flags) {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION information{};
-    EXPECT_TRUE(CreateProcessW(file.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, directory,
+    EXPECT_TRUE(CreateProcessW(file.c_str(), commandLine.data(), nullptr, nullptr, FALSE, flags, nullptr, directory,
                                &startup, &information))
         << "cannot start " << file.string() << ", error " << GetLastError();
     const UniqueHandle thread(information.hThread);
@@ -42,15 +42,15 @@ UniqueHandle Start(const std::filesystem::path& file, std::wstring commandLine, 
 } // namespace
 
 Program::Program(const std::filesystem::path& file, const std::wstring& arguments,
-                 const std::filesystem::path& temporaryFolder, const std::filesystem::path& directory) {
+                 const std::filesystem::path& temporaryFolder, const std::filesystem::path& directory, DWORD flags) {
     const std::wstring commandLine = L'"' + file.wstring() + L"\" " + arguments;
     const wchar_t* const where = directory.empty() ? nullptr : directory.c_str();
     if (temporaryFolder.empty()) {
-        process_ = Start(file, commandLine, where);
+        process_ = Start(file, commandLine, where, flags);
         return;
     }
     const ScopedVariable tmp(L"TMP", temporaryFolder.wstring());
-    process_ = Start(file, commandLine, where);
+    process_ = Start(file, commandLine, where, flags);
 }
 
 Program::~Program() {

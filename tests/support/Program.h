@@ -11,9 +11,10 @@ class Program {
 public:
     /// Starts `file` with `arguments` as its raw command line after the program's name. It sees `temporaryFolder`,
     /// unless that is empty, as the user's temporary folder, and starts in the folder `directory`, unless that is
-    /// empty. A test failure when it can't be started.
+    /// empty; `flags` are those of CreateProcess. A test failure when it can't be started.
     explicit Program(const std::filesystem::path& file, const std::wstring& arguments = L"",
-                     const std::filesystem::path& temporaryFolder = {}, const std::filesystem::path& directory = {});
+                     const std::filesystem::path& temporaryFolder = {}, const std::filesystem::path& directory = {},
+                     DWORD flags = 0);
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
     Program(Program&&) = default;

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <initializer_list>
+#include <thread>
 
 /// What a person in front of the machine does and sees: keys and mouse as the system's input (SendInput), and the
 /// screen.
@@ -26,5 +27,17 @@ POINT MiddleOf(HWND window);
 
 /// A window's client area as the screen shows it now.
 Picture LookAt(HWND window);
+
+/// Presses OK in every message box that comes up, of any program, as long as it lives.
+class ConfirmedBoxes {
+public:
+    ConfirmedBoxes();
+    ConfirmedBoxes(const ConfirmedBoxes&) = delete;
+    ConfirmedBoxes& operator=(const ConfirmedBoxes&) = delete;
+    ~ConfirmedBoxes() = default;
+
+private:
+    std::jthread user_;
+};
 
 } // namespace User

@@ -1,0 +1,109 @@
+// What becomes of an installation with the real executable when something happens to the elevated installer.
+
+#include "tests/support/InstallerScreen.h"
+#include "tests/support/LabPrograms.h"
+#include "tests/support/Machine.h"
+#include "tests/support/Registry.h"
+#include "tests/support/User.h"
+#include "tests/support/WaitUntil.h"
+
+#include <filesystem>
+#include <fstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class ElevatedInstallerFate : public WindowedMachine {
+protected:
+    /// The process of the elevated installer, as soon as it runs.
+    static UniqueHandle AwaitPayload() {
+        std::vector<DWORD> ids;
+        WaitUntil("the elevated installer", [&ids] {
+            ids = ProcessesNamed(L"Vellumkit Installer.exe");
+            return !ids.empty();
+        });
+        return UniqueHandle(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, ids[0]));
+    }
+
+    bool PayloadHasRun() const { return fs::exists(Temporary() + L"Vellumkit_Elev.log"); }
+
+    /// The log of a pass that ended when the payload should have been started.
+    Entries LogOfNoStart(HRESULT result) const {
+        Entries extraction = LogOfExtraction();
+        extraction.pop_back(); // the wait
+        return Joined({LogOfSearch(), extraction, {LogOfFailure(SystemErrorText(result))}});
+    }
+
+    static Entries LogOfExitCode(DWORD code) {
+        return {L"ERROR: Installer reported failure: " + std::to_wstring(code),
+                LogOfFailure(SystemErrorText(static_cast<HRESULT>(code)))};
+    }
+};
+
+constexpr int Hanging = 50000; // milliseconds, longer than the test
+
+/// The installer opens files for itself in one place only: for the payload that it has written.
+constexpr char AfterTheWriting[] = "CreateFileW";
+
+} // namespace
+
+TEST_F(ElevatedInstallerFate, HangingIsWaitedForWithoutALimitAndEndsThePassWhenItIsKilled) {
+    const Program frontEnd = Start(L"/config \"" + Configuration(L"0", Hanging) + L'"');
+    const UniqueHandle payload = AwaitPayload();
+    EXPECT_EQ(WaitForSingleObject(frontEnd.Handle(), 4000), static_cast<DWORD>(WAIT_TIMEOUT));
+    TerminateProcess(payload.Get(), 0xC000013A);
+    EXPECT_EQ(frontEnd.ExitCode(), 1U);
+    ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfExitCode(0xC000013A)}));
+    EXPECT_EQ(GetValue(InternetSettings, L"SecureProtocols"), std::nullopt);
+}
+
+TEST_F(ElevatedInstallerFate, KilledWithoutAnErrorCodeCountsAsSuccess) {
+    const Program frontEnd = Start(L"/config \"" + Configuration(L"5", Hanging) + L'"');
+    TerminateProcess(AwaitPayload().Get(), 0);
+    EXPECT_EQ(frontEnd.ExitCode(), 0U);
+    ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfRepair()}));
+}
+
+TEST_F(ElevatedInstallerFate, HangingOutlastsTheWindow) {
+    Configuration(L"0", Hanging);
+    const Program frontEnd = Start(L"");
+    const InstallerScreen screen(frontEnd);
+    screen.Await(ScreenStatus::Installing);
+    const UniqueHandle payload = AwaitPayload();
+    screen.ClickCloseBox();
+    screen.AwaitEnd();
+    EXPECT_EQ(WaitForSingleObject(frontEnd.Handle(), 2000), static_cast<DWORD>(WAIT_TIMEOUT));
+    TerminateProcess(payload.Get(), 9);
+    EXPECT_EQ(frontEnd.ExitCode(), 0U);
+    ExpectLog(Joined({LogOfSearch(),
+                      LogOfExtraction(),
+                      LogOfExitCode(9),
+                      {L"Waiting for a signal", L"Exit signalled, returning from background process"}}));
+}
+
+TEST_F(ElevatedInstallerFate, ReplacedBeforeItsStartIsNotStarted) {
+    std::string replacement = ReadBytes(ElevatedInstaller()) + '\0'; // a program that would run and say so
+    const Interception replace = Before([&] { std::ofstream(fs::path(Target()), std::ios::binary) << replacement; });
+    EXPECT_EQ(InstallIntercepting({{AfterTheWriting, replace}}), 1U);
+    ExpectLog(LogOfNoStart(HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION)));
+    EXPECT_TRUE(ReadBytes(Target()) == replacement);
+    EXPECT_FALSE(PayloadHasRun());
+    EXPECT_EQ(GetValue(InternetSettings, L"SecureProtocols"), std::nullopt);
+}
+
+TEST_F(ElevatedInstallerFate, DeletedBeforeItsStartFailsThePass) {
+    const User::ConfirmedBoxes boxes; // the shell's
+    EXPECT_EQ(InstallIntercepting({{AfterTheWriting, Before([&] { fs::remove(Target()); })}}), 1U);
+    // Wine's shell loses the code behind its message box.
+    const bool lost = Logged().back() == LogOfFailure(SystemErrorText(0));
+    ExpectLog(LogOfNoStart(lost ? 0 : HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)));
+    EXPECT_FALSE(PayloadHasRun());
+}
+
+TEST_F(ElevatedInstallerFate, ThatCannotBeKeptFromChangingIsStartedAllTheSame) {
+    const Answer refusal{reinterpret_cast<ULONG_PTR>(INVALID_HANDLE_VALUE), ERROR_SHARING_VIOLATION};
+    EXPECT_EQ(InstallIntercepting({{AfterTheWriting, Answering(refusal)}}), 0U);
+    ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfRepair()}));
+    EXPECT_TRUE(PayloadHasRun());
+}
