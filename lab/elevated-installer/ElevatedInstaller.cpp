@@ -6,12 +6,15 @@
 //     Milliseconds=2000
 //
 // Called without one, as in an installation with a window, it reads lab.ini in the temporary folder. Without such a
-// file it returns 0 at once.
+// file it returns 0 at once. A program file that is not as the linker made it returns ERROR_CRC, whatever it is asked
+// for.
 
 #include "core/Log.h"
 #include "core/TempPath.h"
 
 #include <windows.h>
+
+#include <imagehlp.h>
 
 #include <array>
 #include <cstdlib>
@@ -37,6 +40,15 @@ DWORD ReadNumber(const std::wstring& file, const wchar_t* name) {
     return static_cast<DWORD>(std::wcstoll(text.data(), nullptr, 10));
 }
 
+/// The linker writes the file's checksum into its header.
+bool IsDamaged() {
+    std::array<wchar_t, 1024> program{};
+    GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
+    DWORD written = 0;
+    DWORD now = 0;
+    return MapFileAndCheckSumW(program.data(), &written, &now) != CHECKSUM_SUCCESS || written != now;
+}
+
 } // namespace
 
 int WINAPI wWinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, wchar_t* commandLine, int /*show*/) {
@@ -44,7 +56,7 @@ int WINAPI wWinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, wchar_t* com
     std::error_code missing;
     const std::wstring file = std::filesystem::absolute(ConfigurationFile(commandLine), missing);
     Sleep(ReadNumber(file, L"Milliseconds"));
-    const DWORD exitCode = ReadNumber(file, L"ExitCode");
+    const DWORD exitCode = IsDamaged() ? DWORD{ERROR_CRC} : ReadNumber(file, L"ExitCode");
     Log(true) << L"Exit code: " << exitCode;
     return static_cast<int>(exitCode);
 }
