@@ -36,6 +36,7 @@ packages=(
     imagemagick                  # screenshots, contact sheets (lettered in Open Sans), comparison of pictures
     librsvg2-bin icoutils        # rsvg-convert and icotool, which render the artwork
     locales                      # localedef, and from what it makes the locale of another country
+    python3                      # changes the sources one place at a time, and reads what the tests have reached
 )
 lint_packages=(clang-format-14 clang-tidy-14 shellcheck)
 
