@@ -14,6 +14,7 @@
 #include <commctrl.h>
 
 #include <array>
+#include <fstream>
 #include <iterator>
 #include <set>
 #include <sstream>
@@ -53,8 +54,8 @@ protected:
     }
 
     /// In the folder that the test's parameter names.
-    void Plant() const {
-        for (const std::wstring& name : TracedNames()) {
+    void Plant(const std::vector<std::wstring>& names) const {
+        for (const std::wstring& name : names) {
             fs::copy_file(ProgramFolder() / "planted-library.dll", fs::path(Temporary()) / GetParam() / name);
             const fs::path file = name;
             SetValue(Overrides, (file.extension() == ".dll" ? file.stem() : file).c_str(), REG_SZ,
@@ -89,13 +90,13 @@ protected:
 } // namespace
 
 TEST_P(LibraryPlanting, DoesNotReachAnInstallationWithoutAWindow) {
-    Plant();
+    Plant(TracedNames());
     EXPECT_EQ(StartCopy(L"/config x").ExitCode(), 0U);
     EXPECT_EQ(Loaded(), std::set<fs::path>());
 }
 
 TEST_P(LibraryPlanting, DoesNotReachAnInstallationWithAWindow) {
-    Plant();
+    Plant(TracedNames());
     const LabOffice office(L"click-to-run-32-bit");
     const LabBrowser browser(Temporary());
     LabOneNote oneNote(Temporary());
@@ -110,11 +111,23 @@ TEST_P(LibraryPlanting, DoesNotReachAnInstallationWithAWindow) {
     EXPECT_EQ(Loaded(), std::set<fs::path>());
 }
 
+// On a Windows 7, which has no shcore.dll: the front-end of this test looks for one that no Windows has.
+TEST_P(LibraryPlanting, DoesNotReachASearchInVain) {
+    std::string bytes = ReadBytes(Copy());
+    const std::string name("s\0h\0c\0o\0r\0e", 11);
+    const std::size_t position = bytes.find(name);
+    ASSERT_NE(position, std::string::npos);
+    std::ofstream(Copy(), std::ios::binary) << bytes.replace(position, 1, "x");
+    Plant({L"xhcore.dll"});
+    EXPECT_EQ(StartCopy(L"/config x").ExitCode(), 0U);
+    EXPECT_EQ(Loaded(), std::set<fs::path>());
+}
+
 // The test's own proof that Wine loads what is planted: this program has no defence, and the front-end's name.
 TEST_P(LibraryPlanting, ReachesAnotherProgram) {
     if (TracedNames().empty() || GetParam() != std::string_view("beside"))
         GTEST_SKIP() << "only what lies beside a program comes before Windows' own";
-    Plant();
+    Plant(TracedNames());
     fs::copy_file(ProgramFolder() / "uncaught-error.exe", Copy(), fs::copy_options::overwrite_existing);
     StartCopy(L"").ExitCode();
     EXPECT_NE(Loaded(), std::set<fs::path>());
