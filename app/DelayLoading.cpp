@@ -28,15 +28,20 @@ extern "C" FARPROC WINAPI __delayLoadHelper2(const ImgDelayDescr* library, FARPR
     const HMODULE module = Load(At<const char>(library->rvaDLLName));
     if (module == nullptr)
         EndProcessAbnormally();
+    const auto* const names = At<const IMAGE_THUNK_DATA64>(library->rvaINT);
+    auto* const functions = At<FARPROC>(library->rvaIAT);
     // All of them, although one is called: what stands in for a function until then keeps the integer arguments only.
     // The first function of a library that is called has no others, as GdiplusStartup.
     // Threads that come here together store the same addresses.
-    auto* function = At<FARPROC>(library->rvaIAT);
-    for (const auto* name = At<const IMAGE_THUNK_DATA64>(library->rvaINT); name->u1.AddressOfData != 0; ++name) {
-        *function = GetProcAddress(module, At<const IMAGE_IMPORT_BY_NAME>(name->u1.AddressOfData)->Name);
-        if (*function == nullptr)
+    for (std::size_t index = 0; names[index].u1.AddressOfData != 0; ++index) {
+        const FARPROC function =
+            GetProcAddress(module, At<const IMAGE_IMPORT_BY_NAME>(names[index].u1.AddressOfData)->Name);
+        // The linker of Debian 13 lays the slots where they can only be read. They can be written from then on.
+        DWORD protection = 0;
+        if (function == nullptr ||
+            !VirtualProtect(&functions[index], sizeof functions[index], PAGE_READWRITE, &protection))
             EndProcessAbnormally();
-        ++function;
+        functions[index] = function;
     }
     SetLastError(lastError);
     return *slot;

@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr std::size_t PageSize = 4096;
+
 /// What a linker makes for a program that calls two functions of a library.
 struct Library {
     std::array<char, 12> name{"msvfw32.dll"};
@@ -14,8 +16,8 @@ struct Library {
     };
     std::array<Name, 2> names{Name{0, {"ICOpen"}}, Name{0, {"DrawDibOpen"}}};
     std::array<IMAGE_THUNK_DATA64, 3> lookup{};
-    std::array<FARPROC, 3> slots{};
     ImgDelayDescr descriptor{};
+    alignas(PageSize) std::array<FARPROC, PageSize / sizeof(FARPROC)> slots{};
 };
 
 /// Every address in it is relative to this program.
@@ -49,11 +51,20 @@ TEST_F(DelayLoading, FillsEverySlotOfTheLibraryAtTheFirstCallOfAnyFunction) {
     const FARPROC called = __delayLoadHelper2(&Imports.descriptor, &Imports.slots[1]);
     ASSERT_NE(called, nullptr);
     EXPECT_EQ(called, FunctionNamed("DrawDibOpen"));
-    EXPECT_EQ(Imports.slots, (std::array<FARPROC, 3>{FunctionNamed("ICOpen"), called, nullptr}));
+    EXPECT_EQ(Imports.slots[0], FunctionNamed("ICOpen"));
+    EXPECT_EQ(Imports.slots[1], called);
+    EXPECT_EQ(Imports.slots[2], nullptr);
 }
 
 TEST_F(DelayLoading, LeavesTheLastErrorAsItWas) {
     SetLastError(1234);
     __delayLoadHelper2(&Imports.descriptor, Imports.slots.data());
     EXPECT_EQ(GetLastError(), 1234U);
+}
+
+TEST_F(DelayLoading, FillsSlotsThatCanOnlyBeRead) {
+    DWORD protection = 0;
+    ASSERT_TRUE(VirtualProtect(&Imports.slots, sizeof Imports.slots, PAGE_READONLY, &protection));
+    EXPECT_EQ(__delayLoadHelper2(&Imports.descriptor, Imports.slots.data()), FunctionNamed("ICOpen"));
+    VirtualProtect(&Imports.slots, sizeof Imports.slots, protection, &protection);
 }
