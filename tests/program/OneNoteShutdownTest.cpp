@@ -109,6 +109,14 @@ struct Damage {
 
 const Entries StartedInVain{L"Started by COM", L"CreateInstance", L"No references", L"Ended"};
 
+/// The errors of a call to a OneNote that turns calls away while it is busy.
+struct Refusal {
+    const char* name;
+    HRESULT error;
+};
+
+class OneNoteShutdownBusy : public OneNoteShutdown, public testing::WithParamInterface<Refusal> {};
+
 class OneNoteShutdownDamage : public OneNoteShutdown, public testing::WithParamInterface<Damage> {};
 
 } // namespace
@@ -274,6 +282,28 @@ TEST_F(OneNoteShutdown, RealWaitEndsWhenOneNoteDiesInACall) {
     ExpectLogOfPass(L"onenote.exe", {AfterWaiting(5, L"close windows"),
                                      CannotClose + SystemErrorText(HRESULT_FROM_WIN32(RPC_S_CALL_FAILED))});
     OneNote.ExpectRecord(Joined({{L"Started"}, UpToCount}));
+}
+
+TEST_F(OneNoteShutdown, RealWaitLastsAsLongAsOneNoteHangsInACall) {
+    RunOneNote(L"Call=Count\nTrouble=wait\nMilliseconds=100000");
+    const Program frontEnd = Start(L"/config x");
+    EXPECT_EQ(WaitForSingleObject(frontEnd.Handle(), 20000), static_cast<DWORD>(WAIT_TIMEOUT));
+    TerminateProcess(OneNote.Started().Handle(), 1);
+    EXPECT_EQ(frontEnd.ExitCode(), 0U);
+    ExpectLogOfPass(L"onenote.exe", {AfterWaiting(5, L"close windows"),
+                                     CannotClose + SystemErrorText(HRESULT_FROM_WIN32(RPC_S_CALL_FAILED))});
+    OneNote.ExpectRecord(Joined({{L"Started"}, UpToCount}));
+}
+
+INSTANTIATE_TEST_SUITE_P(, OneNoteShutdownBusy,
+                         testing::Values(Refusal{"Rejecting", RPC_E_CALL_REJECTED},
+                                         Refusal{"PuttingOff", RPC_E_SERVERCALL_RETRYLATER}),
+                         NameOfStep);
+
+/// Wine's COM has other errors for calls that a server turns away, so that the stand-in returns those of Windows.
+TEST_P(OneNoteShutdownBusy, RealWaitIsTenSecondsWithTheRefusalInTheLog) {
+    RunOneNote(LabOneNote::Failing({L"Windows"}, GetParam().error));
+    ExpectTermination(SystemErrorText(GetParam().error), Joined({{L"Started"}, UpToWindows, {L"No references"}}));
 }
 
 TEST_F(OneNoteShutdown, RealWaitIsTenSecondsWhenTheApplicationCannotBeCreated) {
