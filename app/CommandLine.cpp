@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 
+#include "core/ComError.h"
 #include "core/Launch.h"
 
 #include <windows.h>
@@ -13,7 +14,7 @@ void ReadCommandLine(const wchar_t* commandLine) {
     // Never freed: a few bytes, once in a process.
     wchar_t** const arguments = CommandLineToArgvW(commandLine, &count);
     if (arguments == nullptr)
-        return;
+        ThrowWin32Error(GetLastError());
     for (int index = 0; index < count - 1; ++index) {
         const std::wstring_view argument = arguments[index];
         if (argument == L"/config")

@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "core/Launch.h"
+#include "tests/support/ComErrors.h"
 #include "tests/support/ImportPatch.h"
 
 #include <shellapi.h>
@@ -55,11 +56,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"ALaterEmptyConfigWinsToo", L"/config first /config \"\"", L"", false}),
     [](const auto& item) { return item.param.name; });
 
-TEST_F(CommandLine, ThatCannotBeSplitHoldsNoOption) {
+TEST_F(CommandLine, ThatCannotBeSplitIsAnErrorAndHoldsNoOption) {
     const ImportPatch<decltype(CommandLineToArgvW)> split("CommandLineToArgvW", [](LPCWSTR, int* count) -> LPWSTR* {
         *count = 2;
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
     });
-    ReadCommandLine(L"/config C:\\lab.ini");
+    EXPECT_EQ(ThrownBy([] { ReadCommandLine(L"/config C:\\lab.ini"); }), HRESULT_FROM_WIN32(ERROR_NOT_ENOUGH_MEMORY));
     EXPECT_EQ(ConfigPath, L"");
 }
