@@ -21,6 +21,9 @@ using namespace std::chrono_literals;
 /// The elevated installer is given this time to come up before it is waited for, however soon it ends.
 constexpr std::chrono::milliseconds StartUpTime = 1s;
 
+/// Between two attempts to wait for the user.
+constexpr std::chrono::milliseconds NextAttempt = 100ms;
+
 void PostState(ScreenStatus status) {
     if (UnattendedMode)
         return;
@@ -84,6 +87,14 @@ bool TryInstall() {
     }
 }
 
+/// Until Retry is pressed or the worker shall end. A wait that fails is neither: it would begin an installation that
+/// nobody asked for.
+void AwaitSignal() {
+    Log(true) << L"Waiting for a signal";
+    while (WaitForSingleObject(ContinueEvent, INFINITE) == WAIT_FAILED && !ExitRequested)
+        Sleep(static_cast<DWORD>(NextAttempt.count()));
+}
+
 } // namespace
 
 DWORD WINAPI InstallationWorker(void* /*context*/) {
@@ -94,8 +105,7 @@ DWORD WINAPI InstallationWorker(void* /*context*/) {
         if (UnattendedMode)
             return installed ? 0 : 1;
 
-        Log(true) << L"Waiting for a signal";
-        WaitForSingleObject(ContinueEvent, INFINITE);
+        AwaitSignal();
         if (ExitRequested) {
             Log(true) << L"Exit signalled, returning from background process";
             SetEvent(WorkerDoneEvent);

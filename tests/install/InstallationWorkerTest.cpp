@@ -404,6 +404,29 @@ TEST_F(WindowedWorker, BeginsANewPassWithTheSearchForOneNoteWhenTheUserRetries) 
     CloseHandle(Installers.at(0));
 }
 
+TEST_F(WindowedWorker, WaitsAgainForTheUserWhenAWaitFails) {
+    static auto* const Original = ImportedNow<decltype(WaitForSingleObject)>("WaitForSingleObject");
+    static int failures;
+    failures = 3;
+    const ImportPatch<decltype(WaitForSingleObject)> wait("WaitForSingleObject", [](HANDLE handle, DWORD limit) {
+        if (handle != ContinueEvent)
+            return Original(handle, limit);
+        ExitRequested = failures-- == 0;
+        return ExitRequested ? WAIT_OBJECT_0 : WAIT_FAILED;
+    });
+    EXPECT_EQ(InstallationWorker(nullptr), 0U);
+    EXPECT_EQ(Installers.size(), 1U) << "nobody asked for another pass";
+}
+
+TEST_F(WindowedWorker, EndsAlsoWhenNoWaitForTheUserSucceeds) {
+    static auto* const Original = ImportedNow<decltype(WaitForSingleObject)>("WaitForSingleObject");
+    const ImportPatch<decltype(WaitForSingleObject)> wait("WaitForSingleObject", [](HANDLE handle, DWORD limit) {
+        return handle == ContinueEvent ? WAIT_FAILED : Original(handle, limit);
+    });
+    RunOnce();
+    EXPECT_EQ(Installers.size(), 1U);
+}
+
 TEST_F(WindowedWorker, FinishesThePassThatRunsWhenTheWindowIsClosed) {
     WritePrivateProfileStringW(L"ElevatedInstaller", L"Milliseconds", L"1500", ConfigPath.c_str());
     Start();
