@@ -1,0 +1,282 @@
+// Runs the installer again and again, and lets one call fail each time.
+//
+//     fault-launcher survey PLAN                  lists the calls of each scenario that are to fail: the plan
+//     fault-launcher run PLAN RESULTS SHARE COUNT performs those of the plan that the folder RESULTS lacks, of COUNT
+//                                                 shares the one with that number, counted from 0
+//     fault-launcher document RESULTS DOCUMENT    writes what came of them into the document
+//     fault-launcher compare RESULTS DOCUMENT     compares them with it
+//     fault-launcher sample SEED NUMBER SHARE COUNT
+//                                                 performs, of so many calls that the seed chooses, the share, and
+//                                                 compares what came of them with faults.md beside this program
+//
+// The exit code is 1 when something differs or fails.
+
+#include "core/TempPath.h"
+#include "proof/faults/Document.h"
+#include "proof/faults/Functions.h"
+#include "proof/faults/Machine.h"
+#include "proof/faults/Outcome.h"
+#include "proof/faults/Session.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <random>
+#include <ranges>
+#include <set>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path ProgramFolder() {
+    std::array<wchar_t, 1024> path{};
+    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    return fs::path(path.data()).parent_path();
+}
+
+/// A call that is to fail, as a line of the plan names it.
+struct Job {
+    std::string scenario;
+    std::string function;
+    std::size_t way = 0;
+    std::uint32_t call = 0;
+};
+
+const Function& FunctionNamed(const std::string& name) {
+    const Function* const function = FindFunction(name.c_str());
+    if (function == nullptr)
+        throw std::runtime_error("the plan names the unknown " + name);
+    return *function;
+}
+
+/// What tells a job from all others, in the plan and in the results.
+std::string KeyOf(const Job& job) {
+    return job.scenario + ' ' + job.function + ' ' + FunctionNamed(job.function).ways.at(job.way).name + ' ' +
+           std::to_string(job.call);
+}
+
+std::string KeyOf(const Result& result) {
+    return result.scenario + ' ' + result.function + ' ' + result.way + ' ' + result.call;
+}
+
+std::vector<Job> ReadPlan(const fs::path& file) {
+    std::vector<Job> plan;
+    std::ifstream stream(file);
+    for (Job job; stream >> job.scenario >> job.function >> job.way >> job.call;)
+        plan.push_back(job);
+    return plan;
+}
+
+/// Runs one scenario again and again on its machine.
+class Runner {
+public:
+    explicit Runner(const Scenario& scenario)
+        : scenario_(scenario),
+          machine_(scenario, fs::path(TempPath(L"faults")), ProgramFolder().parent_path() / "lab") {
+        payloadSize_ = fs::file_size(ProgramFolder().parent_path() / "lab" / "elevated-installer.exe");
+        Perform(NoFunction, 0, 0);
+        if (exchange_->unknown[0] != '\0')
+            throw std::runtime_error(std::string("no row in proof/faults/Functions.cpp for: ") +
+                                     exchange_->unknown.data());
+        usual_ = EntriesOf(remains_.log);
+        const Outcome outcome = Judged(false);
+        if (!outcome.surprises.empty() || outcome.left != "everything")
+            throw std::runtime_error(
+                std::string(scenario.name) + " does not succeed when nothing fails: " + outcome.exitCode + ", " +
+                outcome.window + ", " + outcome.log + ", " + outcome.left + ", " + outcome.surprises);
+    }
+
+    /// The calls of the last run.
+    std::span<const CallRecord> Calls() {
+        return std::span(exchange_->calls).first(static_cast<std::size_t>(exchange_->recorded));
+    }
+
+    void Perform(std::uint32_t function, std::uint32_t way, std::uint32_t call) {
+        std::memset(&*exchange_, 0, offsetof(Exchange, calls));
+        exchange_->function = function;
+        exchange_->way = way;
+        exchange_->call = call;
+        machine_.Prepare();
+        conduct_ = RunInstaller(ProgramFolder().parent_path() / "VellumkitInstaller.x64.exe",
+                                ProgramFolder() / "fault.dll", scenario_, machine_, *exchange_);
+        remains_ = machine_.LookAround();
+    }
+
+    Outcome Judged(bool writesFail) {
+        return Judge(scenario_, conduct_, remains_, *exchange_, usual_, payloadSize_, writesFail);
+    }
+
+    Result Try(const Job& job) {
+        const Function& function = FunctionNamed(job.function);
+        Perform(static_cast<std::uint32_t>(&function - Functions().data()), static_cast<std::uint32_t>(job.way),
+                job.call);
+        Result result{.scenario = job.scenario,
+                      .function = job.function,
+                      .way = function.ways.at(job.way).name,
+                      .call = std::to_string(job.call),
+                      .step = "not reached"};
+        if (exchange_->failed == 0)
+            return result;
+        static const std::set<std::string> Writers{"fwrite", "_write", "fclose", "fflush"};
+        const Outcome outcome = Judged(Writers.contains(job.function));
+        result.step = StepNames.at(static_cast<std::size_t>(exchange_->stepOfFailure));
+        result.exitCode = outcome.exitCode;
+        result.window = outcome.window;
+        result.log = outcome.log;
+        result.left = outcome.left;
+        result.surprises = outcome.surprises;
+        return result;
+    }
+
+private:
+    const Scenario& scenario_;
+    Machine machine_;
+    ExchangeSection exchange_;
+    Conduct conduct_;
+    Remains remains_;
+    std::vector<std::wstring> usual_;
+    std::uintmax_t payloadSize_ = 0;
+};
+
+/// Every call of the first scenario; of the others those that no scenario before made at that step and place, and no
+/// earlier call of the same one.
+std::vector<Job> Survey() {
+    std::vector<Job> plan;
+    std::set<std::tuple<std::uint16_t, Step, std::uint32_t>> known;
+    for (const Scenario& scenario : Scenarios()) {
+        Runner runner(scenario);
+        std::vector<std::uint32_t> counts(Functions().size());
+        for (const CallRecord& call : runner.Calls()) {
+            const std::uint32_t number = ++counts.at(call.function);
+            const Function& function = Functions()[call.function];
+            const bool isNew = known.insert({call.function, call.step, call.place}).second;
+            if (!isNew && &scenario != &Scenarios().front())
+                continue;
+            for (std::size_t way = 0; way < function.ways.size() && function.ways.at(way).name != nullptr; ++way)
+                plan.push_back({scenario.name, function.name, way, number});
+        }
+    }
+    return plan;
+}
+
+std::vector<Result> ReadResults(const fs::path& folder) {
+    std::vector<Result> results;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        std::ifstream stream(entry.path(), std::ios::binary);
+        for (std::string line; std::getline(stream, line);) {
+            Result result = ParseLine(line);
+            if (!result.function.empty())
+                results.push_back(std::move(result));
+        }
+    }
+    return results;
+}
+
+/// Performs the jobs of one share and hands each result on.
+template <typename Report>
+void Perform(const std::vector<Job>& jobs, std::size_t share, std::size_t count, Report report) {
+    for (const Scenario& scenario : Scenarios() | std::views::reverse) { // the first one has the most, all alike
+        std::unique_ptr<Runner> runner;
+        for (std::size_t index = share; index < jobs.size(); index += count) {
+            if (jobs[index].scenario != scenario.name)
+                continue;
+            if (runner == nullptr)
+                runner = std::make_unique<Runner>(scenario);
+            report(runner->Try(jobs[index]));
+        }
+    }
+}
+
+void RunShare(const fs::path& planFile, const fs::path& folder, std::size_t share, std::size_t count) {
+    std::set<std::string> done;
+    for (const Result& result : ReadResults(folder))
+        done.insert(KeyOf(result));
+    std::vector<Job> jobs = ReadPlan(planFile);
+    std::erase_if(jobs, [&done](const Job& job) { return done.contains(KeyOf(job)); });
+    std::ofstream results(folder / (std::to_string(share) + ".txt"), std::ios::binary | std::ios::app);
+    Perform(jobs, share, count, [&results](const Result& result) { results << Line(result) << std::endl; });
+}
+
+int Complain(const std::vector<std::string>& complaints) {
+    for (const std::string& complaint : complaints)
+        std::cout << complaint << '\n';
+    return complaints.empty() ? 0 : 1;
+}
+
+/// As many of each function and way in each scenario as it takes, but at least one.
+std::vector<Job> Sample(std::vector<Job> plan, unsigned seed, std::size_t number) {
+    std::ranges::shuffle(plan, std::mt19937(seed)); // NOLINT(cert-msc51-cpp): the same one each time
+    std::map<std::tuple<std::string, std::string, std::size_t>, std::size_t> taken;
+    std::vector<Job> sample;
+    for (std::size_t round = 1; sample.size() < std::min(number, plan.size()); ++round) {
+        for (const Job& job : plan) {
+            std::size_t& count = taken[{job.scenario, job.function, job.way}];
+            if (count == round - 1 && sample.size() < number) {
+                ++count;
+                sample.push_back(job);
+            }
+        }
+    }
+    return sample;
+}
+
+int RunSample(unsigned seed, std::size_t number, std::size_t share, std::size_t count) {
+    std::vector<Result> results;
+    const std::vector<Job> sample = Sample(Survey(), seed, number);
+    Perform(sample, share, count, [&results](const Result& result) { results.push_back(result); });
+    const auto reached = std::ranges::count_if(results, &Result::WasReached);
+    std::cout << reached << " of " << results.size() << " calls failed\n";
+    std::vector<std::string> complaints = Compare(ProgramFolder() / "faults.md", results);
+    if (static_cast<std::size_t>(reached) * 10 < results.size() * 9)
+        complaints.emplace_back("too many calls were not reached");
+    return Complain(complaints);
+}
+
+int Run(const std::vector<std::string>& arguments) {
+    const auto number = [&arguments](std::size_t index) { return std::stoul(arguments.at(index)); };
+    const std::string command = arguments.empty() ? "" : arguments[0];
+    if (command == "survey" && arguments.size() == 2) {
+        std::ofstream plan(arguments[1], std::ios::binary);
+        for (const Job& job : Survey())
+            plan << job.scenario << ' ' << job.function << ' ' << job.way << ' ' << job.call << '\n';
+        return 0;
+    }
+    if (command == "run" && arguments.size() == 5) {
+        RunShare(arguments[1], arguments[2], number(3), number(4));
+        return 0;
+    }
+    if (command == "document" && arguments.size() == 3) {
+        WriteDocument(arguments[2], ReadResults(arguments[1]));
+        return Complain(Compare(arguments[2], ReadResults(arguments[1])));
+    }
+    if (command == "compare" && arguments.size() == 3)
+        return Complain(Compare(arguments[2], ReadResults(arguments[1])));
+    if (command == "sample" && arguments.size() == 5)
+        return RunSample(number(1), number(2), number(3), number(4));
+    throw std::runtime_error("see proof/faults/Launcher.cpp for what it takes");
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+    try {
+        return Run({argv + 1, argv + argc});
+    } catch (const std::exception& error) {
+        std::cerr << "fault-launcher: " << error.what() << '\n';
+        return 1;
+    }
+}

@@ -1,0 +1,261 @@
+#include "proof/faults/Machine.h"
+
+#include <windows.h>
+
+#include <tlhelp32.h>
+
+#include <array>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string_view>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr wchar_t InternetSettings[] = LR"(Software\Microsoft\Windows\CurrentVersion\Internet Settings)";
+constexpr wchar_t Office[] = LR"(Software\Microsoft\Office\)";
+constexpr wchar_t AutomationServer[] = LR"(CLSID\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}\InprocServer32)";
+constexpr wchar_t PayloadName[] = L"Vellumkit Installer.exe";
+constexpr DWORD SomeProtocols = 0xA0;
+constexpr DWORD AllProtocols = 0xA80;
+
+struct Setting {
+    std::wstring key;
+    /// Null: the whole key is to be removed.
+    const wchar_t* value;
+};
+
+std::vector<Setting> DamagedSettings() {
+    const std::wstring office = Office;
+    return {{office + LR"(14.0\OneNote\Resiliency\DisabledItems)", nullptr},
+            {office + LR"(15.0\OneNote\Resiliency\DisabledItems)", nullptr},
+            {office + LR"(16.0\OneNote\Resiliency\DisabledItems)", nullptr},
+            {office + LR"(14.0\OneNote\Security)", L"DisableAllAddins"},
+            {office + LR"(15.0\OneNote\Security)", L"DisableAllAddins"},
+            {office + LR"(16.0\OneNote\Security)", L"DisableAllAddins"},
+            {office + LR"(OneNote\AddIns\Vellumkit.Addin)", L"LoadBehavior"}};
+}
+
+void SetDword(const std::wstring& key, const wchar_t* name, DWORD value) {
+    RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), name, REG_DWORD, &value, sizeof value);
+}
+
+bool Exists(const Setting& setting) {
+    return RegGetValueW(HKEY_CURRENT_USER, setting.key.c_str(), setting.value != nullptr ? setting.value : L"1",
+                        RRF_RT_ANY, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+}
+
+void Run(const fs::path& program, const std::wstring& arguments) {
+    std::wstring commandLine = L'"' + program.wstring() + L"\" " + arguments;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION information{};
+    if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                        &information))
+        throw std::runtime_error("cannot start " + program.string());
+    const UniqueHandle thread(information.hThread);
+    const UniqueHandle process(information.hProcess);
+    WaitForSingleObject(process.Get(), INFINITE);
+}
+
+UniqueHandle Start(const fs::path& program) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION information{};
+    if (!CreateProcessW(program.c_str(), nullptr, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &information))
+        throw std::runtime_error("cannot start " + program.string());
+    const UniqueHandle thread(information.hThread);
+    return UniqueHandle(information.hProcess);
+}
+
+/// The payload may still run when the installer has ended abnormally.
+void EndPayloads() {
+    const UniqueHandle processes(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL found = Process32FirstW(processes.Get(), &entry); found;
+         found = Process32NextW(processes.Get(), &entry)) {
+        if (std::wstring_view(entry.szExeFile) != PayloadName)
+            continue;
+        const UniqueHandle process(OpenProcess(SYNCHRONIZE, FALSE, entry.th32ProcessID));
+        constexpr DWORD Limit = 10000;
+        WaitForSingleObject(process.Get(), Limit);
+    }
+}
+
+std::uint64_t Hash(const void* data, std::size_t size, std::uint64_t hash = 0xCBF29CE484222325) {
+    for (const char byte : std::string_view(static_cast<const char*>(data), size))
+        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
+    return hash;
+}
+
+void Collect(HKEY parent, const std::wstring& path, Settings& settings) {
+    settings[path + L'\\'] = 0;
+    std::array<wchar_t, 512> name{};
+    std::vector<BYTE> data(0x10000);
+    for (DWORD index = 0;; ++index) {
+        auto length = static_cast<DWORD>(name.size());
+        auto size = static_cast<DWORD>(data.size());
+        DWORD type = 0;
+        if (RegEnumValueW(parent, index, name.data(), &length, nullptr, &type, data.data(), &size) != ERROR_SUCCESS)
+            break;
+        settings[path + L'\\' + name.data()] = Hash(data.data(), size, type + 1);
+    }
+    for (DWORD index = 0;; ++index) {
+        auto length = static_cast<DWORD>(name.size());
+        if (RegEnumKeyExW(parent, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+            break;
+        UniqueRegistryKey key;
+        if (RegOpenKeyExW(parent, name.data(), 0, KEY_READ, key.Receive()) == ERROR_SUCCESS)
+            Collect(key.Get(), path.empty() ? name.data() : path + L'\\' + name.data(), settings);
+    }
+}
+
+Settings AllSettings() {
+    Settings settings;
+    Collect(HKEY_CURRENT_USER, L"", settings);
+    return settings;
+}
+
+/// Whether an installation may change what has that path.
+bool MayChange(const std::wstring& path) {
+    if (path == std::wstring(InternetSettings) + LR"(\SecureProtocols)" ||
+        path == std::wstring(InternetSettings) + L'\\')
+        return true;
+    for (const Setting& setting : DamagedSettings()) {
+        if (setting.value != nullptr ? path == setting.key + L'\\' + setting.value
+                                     : path.starts_with(setting.key + L'\\'))
+            return true;
+    }
+    // What Wine's shell writes for itself when it starts a program.
+    return path.starts_with(LR"(Software\Microsoft\Windows\CurrentVersion\Explorer\)") ||
+           path.starts_with(LR"(Software\Wine\)");
+}
+
+std::vector<std::wstring> StrangeChanges(const Settings& before, const Settings& after) {
+    std::vector<std::wstring> changes;
+    for (const auto& [path, value] : after) {
+        const auto old = before.find(path);
+        if ((old == before.end() || old->second != value) && !MayChange(path))
+            changes.push_back(path);
+    }
+    for (const auto& [path, value] : before) {
+        if (!after.contains(path) && !MayChange(path))
+            changes.push_back(path);
+    }
+    return changes;
+}
+
+std::string ReadBytes(const fs::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+} // namespace
+
+const std::vector<Scenario>& Scenarios() {
+    static const std::vector<Scenario> scenarios{
+        {"unattended", LR"(/config C:\settings.ini)", L"no-office", false, false, false, nullptr, Ending::Close},
+        {"unattended-onenote", LR"(/config C:\settings.ini)", L"office-64-bit", true, true, false, L"1031",
+         Ending::Close},
+        {"window", L"", L"no-office", false, false, true, L"1033", Ending::Close},
+        {"window-onenote", L"", L"office-64-bit", true, true, false, L"1033", Ending::StartOneNote},
+        {"window-question", L"", L"click-to-run-32-bit", false, false, false, L"1033", Ending::Close},
+    };
+    return scenarios;
+}
+
+Machine::Machine(const Scenario& scenario, fs::path work, fs::path programs)
+    : scenario_(scenario), work_(std::move(work)), programs_(std::move(programs)) {
+    fs::create_directories(Temporary());
+    fs::create_directories(Current());
+    Run(programs_ / L"office.exe", L'"' + (programs_ / L"machines" / scenario.office).wstring() + L".ini\"");
+    if (!scenario.oneNote)
+        return;
+    const std::wstring library = programs_ / L"onenote-in-process.dll";
+    const auto set = [](const wchar_t* name, const std::wstring& text) {
+        RegSetKeyValueW(HKEY_CLASSES_ROOT, AutomationServer, name, REG_SZ, text.c_str(),
+                        static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+    };
+    set(nullptr, library);
+    set(L"ThreadingModel", L"Apartment");
+    WNDCLASSW windowClass{};
+    windowClass.lpfnWndProc = [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept -> LRESULT {
+        return message == WM_CLOSE ? 0 : DefWindowProcW(window, message, wParam, lParam);
+    };
+    windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.lpszClassName = L"LabOneNote"; // by which the stand-in's automation finds its windows
+    RegisterClassW(&windowClass);
+    window_ = CreateWindowExW(0, windowClass.lpszClassName, L"OneNote 1", WS_OVERLAPPEDWINDOW, 0, 0, 300, 100, nullptr,
+                              nullptr, windowClass.hInstance, nullptr);
+    SetWindowLongPtrW(window_, GWLP_USERDATA, 1);
+}
+
+Machine::~Machine() {
+    if (window_ != nullptr)
+        DestroyWindow(window_);
+    try {
+        Run(programs_ / L"office.exe", L'"' + (programs_ / L"machines" / L"no-office.ini").wstring() + L'"');
+    } catch (const std::exception&) { // the next machine is prepared anew
+    }
+}
+
+void Machine::Prepare() {
+    for (const fs::path& folder : {Temporary(), Current()}) {
+        for (const auto& entry : fs::directory_iterator(folder))
+            fs::remove_all(entry.path());
+    }
+    for (const wchar_t* version : {L"14.0", L"15.0", L"16.0", L"OneNote"})
+        RegDeleteTreeW(HKEY_CURRENT_USER, (std::wstring(Office) + version).c_str());
+    if (scenario_.noInternetSettings)
+        RegDeleteTreeW(HKEY_CURRENT_USER, InternetSettings);
+    else
+        SetDword(InternetSettings, L"SecureProtocols", SomeProtocols);
+    if (scenario_.damagedSettings) {
+        for (const Setting& setting : DamagedSettings())
+            SetDword(setting.key, setting.value != nullptr ? setting.value : L"1", 1);
+    }
+    if (scenario_.language != nullptr) {
+        const std::wstring text = std::wstring(scenario_.language) + L'\0';
+        RegSetKeyValueW(HKEY_CURRENT_USER, (std::wstring(Office) + LR"(16.0\Common\LanguageResources)").c_str(),
+                        L"UIFallback", REG_MULTI_SZ, text.c_str(),
+                        static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+    }
+    if (scenario_.oneNote)
+        datebookery_ = Start(programs_ / L"datebk.exe");
+    before_ = AllSettings();
+}
+
+Remains Machine::LookAround() {
+    EndPayloads();
+    if (datebookery_) {
+        TerminateProcess(datebookery_.Get(), 0);
+        WaitForSingleObject(datebookery_.Get(), INFINITE);
+        datebookery_.Reset();
+    }
+    Remains remains;
+    constexpr wchar_t LogName[] = L"Vellumkit_Install.log";
+    remains.elsewhere = !fs::is_empty(Current());
+    for (const fs::path& base : {Temporary(), Current()}) {
+        remains.folder = remains.folder || fs::exists(base / L"Vellumkit");
+        std::error_code missing;
+        const std::uintmax_t size = fs::file_size(base / L"Vellumkit" / PayloadName, missing);
+        if (!missing)
+            remains.payload = size;
+        if (remains.log.empty())
+            remains.log = ReadBytes(base / LogName);
+    }
+    if (scenario_.damagedSettings) {
+        for (const Setting& setting : DamagedSettings())
+            ++(Exists(setting) ? remains.unrepaired : remains.repaired);
+    }
+    DWORD protocols = 0;
+    DWORD size32 = sizeof protocols;
+    RegGetValueW(HKEY_CURRENT_USER, InternetSettings, L"SecureProtocols", RRF_RT_REG_DWORD, nullptr, &protocols,
+                 &size32);
+    ++((protocols & AllProtocols) == AllProtocols ? remains.repaired : remains.unrepaired);
+    remains.strangeSettings = StrangeChanges(before_, AllSettings());
+    return remains;
+}

@@ -1,0 +1,28 @@
+#include "proof/faults/Document.h"
+
+#include <array>
+#include <string_view>
+
+namespace {
+
+/// Runs that show what no other run may show, because what the installer does there is as it shall be.
+struct Known {
+    std::string_view function;
+    std::string_view surprise;
+    const char* explanation;
+};
+
+constexpr std::array Explanations{
+    Known{"QueueUserWorkItem", "does not end",
+          "Nothing can take the worker's place: the window stays, and the process when it is closed."},
+};
+
+} // namespace
+
+std::string Explanation(const Result& result) {
+    for (const Known& known : Explanations) {
+        if (known.function == result.function && known.surprise == result.surprises)
+            return known.explanation;
+    }
+    return {};
+}
