@@ -42,6 +42,11 @@ bool ChangesNothing(const Result& result) {
            result.log == "as usual" && result.left == "everything";
 }
 
+/// The runtime of another compiler calls functions that the document's one does not. Only the start-up does so.
+bool IsHarmless(const Result& result) {
+    return ChangesNothing(result) || (result.exitCode == "0x40000015" && result.left == "nothing");
+}
+
 Row RowOf(const Result& result) {
     if (ChangesNothing(result))
         return {result.function, result.way, std::string(Nothing), "", "", ""};
@@ -196,6 +201,9 @@ std::vector<std::string> Compare(const std::filesystem::path& document, const st
             continue;
         if (!result.surprises.empty() && Explanation(result).empty())
             complaints.push_back("surprise: " + Line(result));
+        const auto hasFunction = [&result](const auto& row) { return std::get<0>(row.first) == result.function; };
+        if (std::ranges::none_of(table, hasFunction) && IsHarmless(result))
+            continue;
         const auto row = table.find(RowOf(result));
         if (row == table.end() || !row->second.contains(StepNumber(result.step)))
             complaints.push_back("no row: " + Line(result));

@@ -54,7 +54,8 @@ Step StepOf(std::wstring_view entry, Step before) {
     constexpr std::array Beginnings{
         Beginning{L"Running ", Step::Report},          Beginning{L"Begin processing", Step::Search},
         Beginning{L"Folder path is", Step::Installer}, Beginning{L"Deleting registry key", Step::Repairs},
-        Beginning{L"State: Complete", Step::End},      Beginning{L"Starting OneNote", Step::StartOfOneNote}};
+        Beginning{L"State: Complete", Step::End},      Beginning{L"Starting OneNote", Step::StartOfOneNote},
+        Beginning{L"Started OneNote", Step::Window},   Beginning{L"ERROR: Failed to start OneNote", Step::Window}};
     for (const Beginning& beginning : Beginnings) {
         if (entry.starts_with(beginning.entry))
             return beginning.step;

@@ -225,7 +225,8 @@ void Machine::Prepare() {
     }
     if (scenario_.oneNote)
         datebookery_ = Start(programs_ / L"datebk.exe");
-    before_ = AllSettings();
+    if (before_.empty()) // every preparation comes to the same
+        before_ = AllSettings();
 }
 
 Remains Machine::LookAround() {
@@ -257,5 +258,7 @@ Remains Machine::LookAround() {
                  &size32);
     ++((protocols & AllProtocols) == AllProtocols ? remains.repaired : remains.unrepaired);
     remains.strangeSettings = StrangeChanges(before_, AllSettings());
+    if (!remains.strangeSettings.empty())
+        before_.clear();
     return remains;
 }

@@ -14,8 +14,10 @@ namespace {
 constexpr ULONGLONG EndLimit = 15000;
 /// From when on somebody looks for windows that should not be there.
 constexpr ULONGLONG Patience = 400;
+/// How often it looks for windows while it waits for nothing in particular.
+constexpr ULONGLONG LookInterval = 50;
 /// The time that a window is given to show what the worker has posted.
-constexpr ULONGLONG ScreenLimit = 1500;
+constexpr UINT ScreenLimit = 1500;
 
 constexpr wchar_t InstallerClass[] = L"WC_VELLUMKIT_INSTALLER";
 constexpr wchar_t DialogClass[] = L"#32770";
@@ -91,8 +93,10 @@ public:
         MSG message{};
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) // of OneNote's window
             DispatchMessageW(&message);
-        if (scenario_.IsUnattended() && age < Patience)
+        const bool isAwaited = !scenario_.IsUnattended() && exchange_.waits != answeredWaits_;
+        if ((scenario_.IsUnattended() && age < Patience) || (!isAwaited && age < lastLook_ + LookInterval))
             return;
+        lastLook_ = age;
         OpenWindows windows{.process = GetProcessId(process_)};
         EnumWindows(Sort, reinterpret_cast<LPARAM>(&windows));
         for (HWND const other : windows.others)
@@ -134,6 +138,11 @@ private:
         const auto [screen, primary, secondary] = Look(window);
         if (screen == "no button" && age - waitBegan_ < ScreenLimit)
             return;
+        // The window's thread shows one button after the other. It answers when it is done.
+        DWORD_PTR answer = 0;
+        SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, ScreenLimit, &answer);
+        if (Look(window).name != screen)
+            return;
         answeredWaits_ = waits;
         waitBegan_ = 0;
         conduct_.screens.push_back(screen);
@@ -166,6 +175,12 @@ private:
         Screen screen{"no button", nullptr, nullptr};
         RECT whole{};
         GetWindowRect(window, &whole);
+        RECT client{};
+        GetClientRect(window, &client);
+        if (IsRectEmpty(&client)) {
+            screen.name = "a window without a size";
+            return screen;
+        }
         for (HWND button = nullptr; (button = FindWindowExW(window, button, L"Button", nullptr)) != nullptr;) {
             RECT area{};
             GetWindowRect(button, &area);
@@ -178,9 +193,9 @@ private:
         if (isUsable(screen.primary) && isUsable(screen.secondary))
             screen.name = "Completed";
         else if (isUsable(screen.primary))
-            screen.name = "Failed";
+            screen.name = TitleOf(screen.primary) == L"&Close" ? "Completed, without the left button" : "Failed";
         else if (isUsable(screen.secondary))
-            screen.name = "the left button only";
+            screen.name = "Completed, without the right button";
         return screen;
     }
 
@@ -189,6 +204,7 @@ private:
     Exchange& exchange_;
     Conduct& conduct_;
     LONG answeredWaits_ = 0;
+    ULONGLONG lastLook_ = 0;
     ULONGLONG waitBegan_ = 0;
     bool clicked_ = false;
     bool closed_ = false;
