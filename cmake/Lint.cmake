@@ -22,8 +22,8 @@ function(collect_sources directory result)
 endfunction()
 
 foreach(directory core checks install ui app
-        lab/browser lab/datebookery lab/elevated-installer lab/gallery lab/office lab/onenote proof/endurance proof/hostile
-        resources tests)
+        lab/browser lab/datebookery lab/elevated-installer lab/gallery lab/office lab/onenote
+        proof/endurance proof/faults proof/hostile resources tests)
     collect_sources(${directory} linted)
 endforeach()
 
@@ -71,7 +71,8 @@ add_custom_target(tidy DEPENDS ${stamps})
 add_custom_target(shellcheck
     COMMAND "${SHELLCHECK}" --external-sources run.sh test.sh lint.sh lab/languages.sh lab/machine.sh
         lab/installation.sh lab/gallery/gallery.sh resources/render-artwork.sh cmake/set-load-configuration.sh
-        prove.sh proof/endurance.sh proof/hostile.sh tests/includes.sh tests/program/planting.sh .ci/run
+        prove.sh proof/endurance.sh proof/faults.sh proof/hostile.sh tests/includes.sh tests/program/planting.sh
+        .ci/run
     WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
     COMMENT "Checking the scripts"
     VERBATIM)

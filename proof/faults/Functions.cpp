@@ -11,16 +11,25 @@ constexpr std::uint64_t Minus1 = 0xFFFFFFFFFFFFFFFF;
 // Functions that say why they failed by GetLastError.
 
 constexpr Way Zero(const char* name, DWORD error) {
-    return {name, 0, error, 0, {}};
+    return {name, 0, error, 0, {}, false};
 }
 constexpr Way Result(const char* name, std::uint64_t result, DWORD error = 0) {
-    return {name, result, error, 0, {}};
+    return {name, result, error, 0, {}, false};
 }
 
-// Functions of the C runtime.
+/// One of the C runtime; `cause` is what Windows told it.
+constexpr Way Crt(const char* name, std::uint64_t result, int error, DWORD cause = 0) {
+    return {name, result, cause, error, {}, false};
+}
 
-constexpr Way Crt(const char* name, std::uint64_t result, int error) {
-    return {name, result, 0, error, {}};
+/// One that gives no object through that parameter.
+constexpr Way Clears(const char* name, std::uint64_t result, std::size_t parameter) {
+    return {name, result, 0, 0, {parameter, sizeof(void*)}, false};
+}
+
+constexpr Way Afterwards(Way way) {
+    way.afterwards = true;
+    return way;
 }
 
 constexpr Function Fails(const char* name, const Way& way) {
@@ -44,11 +53,11 @@ constexpr Way OutOfMemory = Result("E_OUTOFMEMORY", 0x8007000E);
 constexpr Way GraphicsOutOfMemory = Result("OutOfMemory", 3);
 constexpr Way GraphicsGenericError = Result("GenericError", 1);
 constexpr Way CrtNoMemory = Crt("null, ENOMEM", 0, ENOMEM);
-constexpr Way CrtRefused = Crt("null, EACCES", 0, EACCES);
+constexpr Way CrtRefused = Crt("null, EACCES", 0, EACCES, ERROR_ACCESS_DENIED);
 constexpr Way CrtTooManyFiles = Crt("null, EMFILE", 0, EMFILE);
-constexpr Way DiskFullMinus1 = Crt("-1, ENOSPC", Minus1, ENOSPC);
+constexpr Way DiskFullMinus1 = Crt("-1, ENOSPC", Minus1, ENOSPC, ERROR_DISK_FULL);
 constexpr Way BadFileMinus1 = Crt("-1, EBADF", Minus1, EBADF);
-constexpr Way JustNull{"null", 0, 0, 0, {}};
+constexpr Way JustNull = Zero("null", 0);
 
 // Why a function does not fail.
 constexpr const char* NoFailure = "documents no failure";
@@ -268,7 +277,7 @@ constexpr Function Table[] = {
     Safe("abort", NoFailure),
     Fails("calloc", CrtNoMemory),
     Safe("exit", NoFailure),
-    Fails("fclose", DiskFullMinus1),
+    Fails("fclose", Afterwards(DiskFullMinus1)),
     Fails("fflush", DiskFullMinus1),
     Fails("fopen", CrtRefused),
     Fails("fprintf", DiskFullMinus1),
@@ -279,7 +288,7 @@ constexpr Function Table[] = {
     Fails("fread", Crt("0, EIO", 0, EIO)),
     Fails("fseek", BadFileMinus1),
     Fails("fwprintf", DiskFullMinus1),
-    Fails("fwrite", Crt("0, ENOSPC", 0, ENOSPC)),
+    Fails("fwrite", Crt("0, ENOSPC", 0, ENOSPC, ERROR_DISK_FULL)),
     Safe("iswctype", Pure),
     Safe("localeconv", NoFailure),
     Safe("longjmp", NoFailure),
@@ -324,14 +333,14 @@ constexpr Function Table[] = {
     Fails("_open", Crt("-1, EACCES", Minus1, EACCES)),
     Safe("_fileno", NoFailure),
     Fails("_fdopen", CrtNoMemory),
-    Fails("_close", BadFileMinus1),
+    Fails("_close", Afterwards(BadFileMinus1)),
 
     // ole32, oleaut32
     Fails("CoAllowSetForegroundWindow", Result("E_ACCESSDENIED", 0x80070005)),
-    Fails("CoCreateInstance", {"REGDB_E_CLASSNOTREG", 0x80040154, 0, 0, {4, sizeof(void*)}},
-          {"CO_E_SERVER_EXEC_FAILURE", 0x80080005, 0, 0, {4, sizeof(void*)}}),
+    Fails("CoCreateInstance", Clears("REGDB_E_CLASSNOTREG", 0x80040154, 4),
+          Clears("CO_E_SERVER_EXEC_FAILURE", 0x80080005, 4)),
     Fails("CoInitialize", OutOfMemory),
-    Fails("GetErrorInfo", {"S_FALSE", 1, 0, 0, {1, sizeof(void*)}}),
+    Fails("GetErrorInfo", Clears("S_FALSE", 1, 1)),
     Fails("OleRun", OutOfMemory),
     Fails("SysAllocString", JustNull),
     Fails("SysAllocStringLen", JustNull),

@@ -24,6 +24,8 @@ struct Way {
     /// The C runtime's errno; 0: it is left alone.
     int crtError;
     Cleared cleared;
+    /// It does its work all the same, and fails then.
+    bool afterwards;
 };
 
 /// A function that an executable may import or look up.

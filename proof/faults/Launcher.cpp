@@ -29,7 +29,6 @@
 #include <map>
 #include <memory>
 #include <random>
-#include <ranges>
 #include <set>
 #include <span>
 #include <stdexcept>
@@ -191,13 +190,15 @@ std::vector<Result> ReadResults(const fs::path& folder) {
 /// Performs the jobs of one share and hands each result on.
 template <typename Report>
 void Perform(const std::vector<Job>& jobs, std::size_t share, std::size_t count, Report report) {
-    for (const Scenario& scenario : Scenarios() | std::views::reverse) { // the first one has the most, all alike
+    const std::vector<Scenario>& scenarios = Scenarios();
+    for (auto scenario = scenarios.rbegin(); scenario != scenarios.rend();
+         ++scenario) { // the first has most, all alike
         std::unique_ptr<Runner> runner;
         for (std::size_t index = share; index < jobs.size(); index += count) {
-            if (jobs[index].scenario != scenario.name)
+            if (jobs[index].scenario != scenario->name)
                 continue;
             if (runner == nullptr)
-                runner = std::make_unique<Runner>(scenario);
+                runner = std::make_unique<Runner>(*scenario);
             report(runner->Try(jobs[index]));
         }
     }

@@ -275,6 +275,12 @@ DWORD Fail(const Way& way, Registers& registers, DWORD lastError) {
     return way.error != 0 ? way.error : lastError;
 }
 
+/// For a function with no more than four parameters, none of them a floating-point number.
+void CallThrough(void* original, const Registers& registers) {
+    using Function4 = std::uint64_t (*)(std::uint64_t, std::uint64_t, std::uint64_t, std::uint64_t);
+    reinterpret_cast<Function4>(original)(registers.rcx, registers.rdx, registers.r8, registers.r9);
+}
+
 /// Whether the name is one, and no ordinal.
 bool IsName(const char* name) {
     return !IS_INTRESOURCE(name);
@@ -319,7 +325,10 @@ void* OnCall(void* gate, Registers& registers) noexcept {
     if (TheExchange->function == NoFunction && import.function->reason == nullptr)
         RecordCall(import.index, registers);
     if (TheExchange->function == import.index && TheExchange->call == call) {
-        SetLastError(Fail(import.function->ways.at(TheExchange->way), registers, lastError));
+        const Way& way = import.function->ways.at(TheExchange->way);
+        if (way.afterwards)
+            CallThrough(import.original, registers);
+        SetLastError(Fail(way, registers, lastError));
         return nullptr;
     }
     if (import.watch != nullptr)

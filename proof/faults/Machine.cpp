@@ -70,21 +70,6 @@ UniqueHandle Start(const fs::path& program) {
     return UniqueHandle(information.hProcess);
 }
 
-/// The payload may still run when the installer has ended abnormally.
-void EndPayloads() {
-    const UniqueHandle processes(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-    PROCESSENTRY32W entry{};
-    entry.dwSize = sizeof entry;
-    for (BOOL found = Process32FirstW(processes.Get(), &entry); found;
-         found = Process32NextW(processes.Get(), &entry)) {
-        if (std::wstring_view(entry.szExeFile) != PayloadName)
-            continue;
-        const UniqueHandle process(OpenProcess(SYNCHRONIZE, FALSE, entry.th32ProcessID));
-        constexpr DWORD Limit = 10000;
-        WaitForSingleObject(process.Get(), Limit);
-    }
-}
-
 std::uint64_t Hash(const void* data, std::size_t size, std::uint64_t hash = 0xCBF29CE484222325) {
     for (const char byte : std::string_view(static_cast<const char*>(data), size))
         hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
@@ -229,8 +214,22 @@ void Machine::Prepare() {
         before_ = AllSettings();
 }
 
+void Machine::AwaitPayloads() {
+    const UniqueHandle processes(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL found = Process32FirstW(processes.Get(), &entry); found;
+         found = Process32NextW(processes.Get(), &entry)) {
+        if (std::wstring_view(entry.szExeFile) != PayloadName)
+            continue;
+        const UniqueHandle process(OpenProcess(SYNCHRONIZE, FALSE, entry.th32ProcessID));
+        constexpr DWORD Limit = 10000;
+        WaitForSingleObject(process.Get(), Limit);
+    }
+}
+
 Remains Machine::LookAround() {
-    EndPayloads();
+    AwaitPayloads();
     if (datebookery_) {
         TerminateProcess(datebookery_.Get(), 0);
         WaitForSingleObject(datebookery_.Get(), INFINITE);

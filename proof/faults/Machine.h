@@ -63,6 +63,8 @@ public:
 
     /// Removes what the run before has left, and starts what runs.
     void Prepare();
+    /// Waits until no payload runs.
+    static void AwaitPayloads();
     /// Ends what still runs, and looks.
     Remains LookAround();
 

@@ -148,12 +148,12 @@ std::string ExitOutcome(const Conduct& conduct) {
 std::string WindowOutcome(const Scenario& scenario, const Conduct& conduct) {
     if (scenario.IsUnattended())
         return "–";
-    if (!conduct.hadWindow)
-        return "none";
     std::string window;
     for (const std::string& screen : conduct.screens)
         Append(window, screen);
-    return window.empty() ? "no result" : window;
+    if (!window.empty())
+        return window;
+    return conduct.hung ? "no result" : "none";
 }
 
 } // namespace
@@ -187,6 +187,10 @@ Outcome Judge(const Scenario& scenario, const Conduct& conduct, const Remains& r
                     .left =
                         LeftOutcome(remains, exchange, std::max<std::size_t>(1, conduct.screens.size()), payloadSize),
                     .surprises = ""};
+    if (conduct.exitCode == AbnormalExitCode && exchange.stepOfFailure == Step::Window) {
+        outcome.window = "any"; // the worker runs beside it
+        outcome.left = "what the worker has come to";
+    }
     if (conduct.hung)
         Append(outcome.surprises, "does not end");
     else if (conduct.exitCode != AbnormalExitCode && conduct.exitCode > (scenario.IsUnattended() ? 1U : 0U))

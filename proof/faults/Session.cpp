@@ -124,7 +124,6 @@ private:
     }
 
     void Operate(HWND window, ULONGLONG age) {
-        conduct_.hadWindow = true;
         if (closed_)
             return;
         const LONG waits = exchange_.waits;
@@ -146,15 +145,17 @@ private:
         answeredWaits_ = waits;
         waitBegan_ = 0;
         conduct_.screens.push_back(screen);
-        if (screen == "Failed" && conduct_.screens.size() == 1)
+        if (screen == "Failed" && conduct_.screens.size() == 1) {
+            Machine::AwaitPayloads(); // the user is slow
             PostMessageW(primary, BM_CLICK, 0, 0);
-        else if (screen == "Completed" && !clicked_)
-            Finish(window, primary, secondary);
-        else
+        } else if (screen == "Completed" && !clicked_) {
+            Finish(primary, secondary);
+        } else {
             Close(window);
+        }
     }
 
-    void Finish(HWND /*window*/, HWND primary, HWND secondary) {
+    void Finish(HWND primary, HWND secondary) {
         clicked_ = true;
         PostMessageW(scenario_.ending == Ending::StartOneNote ? secondary : primary, BM_CLICK, 0, 0);
     }
@@ -216,10 +217,10 @@ std::wstring SectionName() {
 
 } // namespace
 
-ExchangeSection::ExchangeSection() {
-    section_.Reset(
-        CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(Exchange), SectionName().c_str()));
-    exchange_ = static_cast<Exchange*>(MapViewOfFile(section_.Get(), FILE_MAP_ALL_ACCESS, 0, 0, sizeof(Exchange)));
+ExchangeSection::ExchangeSection()
+    : section_(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(Exchange),
+                                  SectionName().c_str())),
+      exchange_(static_cast<Exchange*>(MapViewOfFile(section_.Get(), FILE_MAP_ALL_ACCESS, 0, 0, sizeof(Exchange)))) {
     if (exchange_ == nullptr)
         Give("cannot make a section");
     SetEnvironmentVariableW(ExchangeVariable, SectionName().c_str());

@@ -14,7 +14,6 @@ struct Conduct {
     DWORD exitCode = 0;
     /// What the window showed when the worker began to wait, each time.
     std::vector<std::string> screens;
-    bool hadWindow = false;
     /// Class and title of other windows that it showed.
     std::vector<std::wstring> dialogs;
 };

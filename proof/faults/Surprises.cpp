@@ -15,6 +15,8 @@ struct Known {
 constexpr std::array Explanations{
     Known{"QueueUserWorkItem", "does not end",
           "Nothing can take the worker's place: the window stays, and the process when it is closed."},
+    Known{"_write", "dialog #32770 Error",
+          "Errors of writing the payload are not checked, and the shell shows a box for what is no program."},
 };
 
 } // namespace
