@@ -5,9 +5,8 @@
 //                                                 shares the one with that number, counted from 0
 //     fault-launcher document RESULTS DOCUMENT    writes what came of them into the document
 //     fault-launcher compare RESULTS DOCUMENT     compares them with it
-//     fault-launcher sample SEED NUMBER SHARE COUNT
-//                                                 performs, of so many calls that the seed chooses, the share, and
-//                                                 compares what came of them with faults.md beside this program
+//     fault-launcher sample NUMBER SHARE COUNT    performs the share of the first ones of a plan and compares what came
+//                                                 of them with faults.md beside this program
 //
 // The exit code is 1 when something differs or fails.
 
@@ -26,6 +25,7 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <random>
@@ -151,6 +151,18 @@ private:
     std::uintmax_t payloadSize_ = 0;
 };
 
+/// In an order in which any beginning has as many of each function and way in each scenario as it can.
+std::vector<Job> Shuffled(std::vector<Job> jobs) {
+    constexpr std::mt19937::result_type Seed = 20261122;
+    std::ranges::shuffle(jobs, std::mt19937(Seed)); // NOLINT(cert-msc51-cpp): the same order each time
+    std::map<std::tuple<std::string, std::string, std::size_t>, std::size_t> counts;
+    std::multimap<std::size_t, Job> rounds;
+    for (const Job& job : jobs)
+        rounds.emplace(++counts[{job.scenario, job.function, job.way}], job);
+    std::ranges::transform(rounds, jobs.begin(), [](const auto& round) { return round.second; });
+    return jobs;
+}
+
 /// Every call that no scenario before made at that step and place, and no earlier call of the same one; then, of the
 /// first scenario, every other call too.
 std::vector<Job> Survey() {
@@ -170,7 +182,8 @@ std::vector<Job> Survey() {
                 (isNew ? plan : repeated).push_back({scenario.name, function.name, way, number});
         }
     }
-    plan.insert(plan.end(), repeated.begin(), repeated.end());
+    plan = Shuffled(std::move(plan));
+    std::ranges::copy(Shuffled(std::move(repeated)), std::back_inserter(plan));
     return plan;
 }
 
@@ -191,14 +204,14 @@ std::vector<Result> ReadResults(const fs::path& folder) {
 template <typename Report>
 void Perform(const std::vector<Job>& jobs, std::size_t share, std::size_t count, Report report) {
     const std::vector<Scenario>& scenarios = Scenarios();
-    for (auto scenario = scenarios.rbegin(); scenario != scenarios.rend();
-         ++scenario) { // the first has most, all alike
+    for (std::size_t number = scenarios.size(); number-- != 0;) { // the first one has the most, all alike
+        const Scenario& scenario = scenarios[number];
         std::unique_ptr<Runner> runner;
         for (std::size_t index = share; index < jobs.size(); index += count) {
-            if (jobs[index].scenario != scenario->name)
+            if (jobs[index].scenario != scenario.name)
                 continue;
             if (runner == nullptr)
-                runner = std::make_unique<Runner>(*scenario);
+                runner = std::make_unique<Runner>(scenario);
             report(runner->Try(jobs[index]));
         }
     }
@@ -220,26 +233,10 @@ int Complain(const std::vector<std::string>& complaints) {
     return complaints.empty() ? 0 : 1;
 }
 
-/// As many of each function and way in each scenario as it takes, but at least one.
-std::vector<Job> Sample(std::vector<Job> plan, unsigned seed, std::size_t number) {
-    std::ranges::shuffle(plan, std::mt19937(seed)); // NOLINT(cert-msc51-cpp): the same one each time
-    std::map<std::tuple<std::string, std::string, std::size_t>, std::size_t> taken;
-    std::vector<Job> sample;
-    for (std::size_t round = 1; sample.size() < std::min(number, plan.size()); ++round) {
-        for (const Job& job : plan) {
-            std::size_t& count = taken[{job.scenario, job.function, job.way}];
-            if (count == round - 1 && sample.size() < number) {
-                ++count;
-                sample.push_back(job);
-            }
-        }
-    }
-    return sample;
-}
-
-int RunSample(unsigned seed, std::size_t number, std::size_t share, std::size_t count) {
+int RunSample(std::size_t number, std::size_t share, std::size_t count) {
     std::vector<Result> results;
-    const std::vector<Job> sample = Sample(Survey(), seed, number);
+    std::vector<Job> sample = Survey();
+    sample.resize(std::min(number, sample.size()));
     Perform(sample, share, count, [&results](const Result& result) { results.push_back(result); });
     const auto reached = std::ranges::count_if(results, &Result::WasReached);
     std::cout << reached << " of " << results.size() << " calls failed\n";
@@ -268,8 +265,8 @@ int Run(const std::vector<std::string>& arguments) {
     }
     if (command == "compare" && arguments.size() == 3)
         return Complain(Compare(arguments[2], ReadResults(arguments[1])));
-    if (command == "sample" && arguments.size() == 5)
-        return RunSample(number(1), number(2), number(3), number(4));
+    if (command == "sample" && arguments.size() == 4)
+        return RunSample(number(1), number(2), number(3));
     throw std::runtime_error("see proof/faults/Launcher.cpp for what it takes");
 }
 
