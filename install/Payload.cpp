@@ -28,7 +28,7 @@ std::span<const char> LoadPayload() {
     Log(true) << L"    Size of the file is: " << size;
     const HGLOBAL loaded = LoadResource(InstanceHandle, resource);
     const void* const bytes = loaded != nullptr ? LockResource(loaded) : nullptr;
-    if (bytes == nullptr)
+    if (bytes == nullptr || size == 0)
         throw _com_error(ErrorReadResource);
     return {static_cast<const char*>(bytes), size};
 }

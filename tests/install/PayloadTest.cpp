@@ -352,6 +352,12 @@ TEST_F(Payload, ThatCannotBeLockedIsAResourceError) {
     EXPECT_EQ(Logged(), UpToSize());
 }
 
+TEST_F(Payload, WhoseSizeIsUnknownIsAResourceError) {
+    const ImportPatch<decltype(SizeofResource)> measure("SizeofResource", [](HMODULE, HRSRC) -> DWORD { return 0; });
+    EXPECT_EQ(ThrownBy(ExtractAndRunInstaller), ErrorReadResource);
+    EXPECT_EQ(Logged().back(), L"    Size of the file is: 0");
+}
+
 TEST_F(Payload, ThatCannotBeWrittenFailsWithTheSystemsCode) {
     fs::create_directories(File()); // a folder stands where the file should be
     EXPECT_EQ(ThrownBy(ExtractAndRunInstaller), E_ACCESSDENIED);
