@@ -115,7 +115,7 @@ Table ReadTable(const std::filesystem::path& document, std::vector<std::string>&
     for (std::string line; std::getline(stream, line);) {
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
-        if (line == Begin || line == End)
+        if (line == Begin || line.starts_with("## "))
             inside = line == Begin;
         if (!inside || !line.starts_with('|') || head-- > 0)
             continue;
@@ -141,11 +141,25 @@ std::string ReadText(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+void WriteExplanations(std::ostream& stream, const std::vector<Result>& results) {
+    std::set<std::string> lines;
+    for (const Result& result : results) {
+        if (!result.surprises.empty() && !Explanation(result).empty())
+            lines.insert("| `" + result.function + "` | " + result.surprises + " | " + Explanation(result) + " |\n");
+    }
+    stream << "\n## What would be a surprise elsewhere\n\n| Function | What happens | Why |\n|---|---|---|\n";
+    for (const std::string& line : lines)
+        stream << line;
+}
+
 void WriteTable(std::ostream& stream, const Table& table) {
     stream << "| Function | Fails with | During | Exit code | Window | Log | Left behind |\n"
               "|---|---|---|---|---|---|---|\n";
     for (const auto& [row, steps] : table)
         WriteRow(stream, row, steps);
+}
+
+void WriteSafeFunctions(std::ostream& stream) {
     std::map<std::string, std::string> safe;
     for (const Function& function : Functions()) {
         if (function.reason != nullptr) {
@@ -190,6 +204,8 @@ void WriteDocument(const std::filesystem::path& document, const std::vector<Resu
     std::ofstream stream(document, std::ios::binary);
     stream << text.substr(0, begin) << Begin << "\n\n";
     WriteTable(stream, TableOf(results));
+    WriteExplanations(stream, results);
+    WriteSafeFunctions(stream);
     stream << '\n' << text.substr(end);
 }
 

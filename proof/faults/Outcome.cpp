@@ -195,6 +195,8 @@ Outcome Judge(const Scenario& scenario, const Conduct& conduct, const Remains& r
         Append(outcome.surprises, "does not end");
     else if (conduct.exitCode != AbnormalExitCode && conduct.exitCode > (scenario.IsUnattended() ? 1U : 0U))
         Append(outcome.surprises, "exit code");
+    if (static_cast<std::size_t>(exchange.payloadStarts) > std::max<std::size_t>(1, conduct.screens.size()))
+        Append(outcome.surprises, "an installation that nobody asked for");
     for (const std::wstring& dialog : conduct.dialogs)
         Append(outcome.surprises, "dialog " + Utf8(dialog));
     if (exchange.damagedPayloads != 0 && !writesFail)

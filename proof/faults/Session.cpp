@@ -73,6 +73,8 @@ BOOL CALLBACK Sort(HWND window, LPARAM parameter) noexcept {
     if (owner != windows.process || !IsWindowVisible(window))
         return TRUE;
     const std::wstring name = ClassOf(window);
+    if (name.empty()) // it is gone
+        return TRUE;
     if (name == InstallerClass)
         windows.installer = window;
     else if (name == DialogClass && TitleOf(window) == QuestionTitle)
@@ -103,7 +105,9 @@ public:
             CloseDialog(other);
         if (windows.question != nullptr)
             Answer(windows.question);
-        if (windows.installer != nullptr)
+        if (windows.installer != nullptr && scenario_.IsUnattended())
+            CloseDialog(windows.installer);
+        else if (windows.installer != nullptr)
             Operate(windows.installer, age);
     }
 
@@ -112,7 +116,7 @@ private:
 
     void CloseDialog(HWND dialog) {
         const std::wstring what = ClassOf(dialog) + L' ' + TitleOf(dialog);
-        if (std::ranges::find(conduct_.dialogs, what) == conduct_.dialogs.end())
+        if (what != L" " && std::ranges::find(conduct_.dialogs, what) == conduct_.dialogs.end())
             conduct_.dialogs.push_back(what);
         PostMessageW(dialog, WM_CLOSE, 0, 0);
     }
@@ -176,12 +180,6 @@ private:
         Screen screen{"no button", nullptr, nullptr};
         RECT whole{};
         GetWindowRect(window, &whole);
-        RECT client{};
-        GetClientRect(window, &client);
-        if (IsRectEmpty(&client)) {
-            screen.name = "a window without a size";
-            return screen;
-        }
         for (HWND button = nullptr; (button = FindWindowExW(window, button, L"Button", nullptr)) != nullptr;) {
             RECT area{};
             GetWindowRect(button, &area);
@@ -189,7 +187,9 @@ private:
             (isRight ? screen.primary : screen.secondary) = button;
         }
         const auto isUsable = [](HWND button) {
-            return button != nullptr && IsWindowVisible(button) && IsWindowEnabled(button);
+            RECT area{};
+            return button != nullptr && IsWindowVisible(button) && IsWindowEnabled(button) &&
+                   GetWindowRect(button, &area) && !IsRectEmpty(&area);
         };
         if (isUsable(screen.primary) && isUsable(screen.secondary))
             screen.name = "Completed";
