@@ -9,7 +9,7 @@ usage() {
 Usage: ./prove.sh faults [MACHINES | --help]
 
 Runs the release on that many machines beside each other (default: 4) until every call of the plan has failed once,
-which takes about half an hour on two cores. After an interruption, the same command goes on where it stopped; another
+which takes less than an hour on two cores. After an interruption, the same command goes on where it stopped; another
 executable begins anew. Plan and results are in out/proof/faults/, the table is written into docs/faults.md. Fails when
 a run shows what no run may show.
 TEXT
