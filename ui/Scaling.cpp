@@ -10,7 +10,8 @@ float PixelsPerPoint(int capability) {
     const HDC screen = GetDC(nullptr);
     const int pixelsPerInch = GetDeviceCaps(screen, capability);
     ReleaseDC(nullptr, screen);
-    return static_cast<float>(pixelsPerInch) / 72.0F;
+    // A screen that tells no resolution: a window without a size could not even be closed.
+    return static_cast<float>(pixelsPerInch > 0 ? pixelsPerInch : USER_DEFAULT_SCREEN_DPI) / 72.0F;
 }
 
 int Rounded(float pixels) {

@@ -32,6 +32,13 @@ TEST_F(WindowOnScreen, HasTheSizesOfItsLayout) {
     EXPECT_EQ(AreaWithin(screen.Window(), screen.Secondary()), layout_.secondary);
 }
 
+// AbortDoc has nothing to abort there, and fails: its answer is not positive.
+TEST_F(WindowOnScreen, HasTheSizesOf96DpiWhereTheScreenTellsNoResolution) {
+    const Program program(CopyFrontEndThatCalls("AbortDoc", "GetDeviceCaps"), L"", Temporary());
+    const InstallerScreen screen(program);
+    EXPECT_EQ(ClientAreaOf(screen.Window()), Gdiplus::Rect(0, 0, 400, 200));
+}
+
 TEST_F(WindowOnScreen, StandsInTheMiddleUnderItsTitle) {
     const Program program = Start(L"");
     const InstallerScreen screen(program);
