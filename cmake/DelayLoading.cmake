@@ -1,6 +1,5 @@
-# The program's static imports are KERNEL32 and msvcrt, which Windows has loaded before anything lies in their way. Every
-# other library is loaded when one of its functions is first called, from the system folder: see app/DelayLoading.h.
-# mingw-w64 comes without import libraries for that, so they are made from those that it has.
+# Lets a program load libraries when one of their functions is first called, instead of with the program: see
+# app/DelayLoading.h. mingw-w64 comes without import libraries for that, so they are made from those that it has.
 function(delay_load target)
     set(folder "${CMAKE_CURRENT_BINARY_DIR}/delay-loading")
     file(MAKE_DIRECTORY "${folder}")
@@ -18,7 +17,7 @@ function(delay_load target)
         execute_process(COMMAND "${CMAKE_DLLTOOL}" --input-def ${library}.def --output-delaylib ${library}.a
             WORKING_DIRECTORY "${folder}" COMMAND_ERROR_IS_FATAL ANY)
         # Under the name that is linked: ours, and then for what is no import, as the classes of GDI+, the other one.
-        file(WRITE "${folder}/lib${library}.a" "INPUT(${folder}/${library}.a ${file})\n")
+        file(WRITE "${folder}/lib${library}.a" "INPUT(\"${folder}/${library}.a\" \"${file}\")\n")
     endforeach()
     target_link_directories(${target} BEFORE PRIVATE "${folder}")
     # The libraries that call it come after ours, and would find the one of mingw-w64, which searches everywhere.

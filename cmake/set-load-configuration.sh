@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Points the header of an executable at its load configuration, which fills a section of its own (see
-# app/LoadConfiguration.cpp), since the linker of Debian 12 can't.
+# app/LoadConfiguration.cpp). The linker can't.
 #
 #   cmake/set-load-configuration.sh OBJDUMP PROGRAM
 set -euo pipefail
