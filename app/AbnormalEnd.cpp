@@ -20,9 +20,13 @@ void EndProcessAbnormally() {
     std::_Exit(static_cast<int>(AbnormalExitCode)); // not reached
 }
 
+void EndProcessOnProcessorFaults() {
+    SetUnhandledExceptionFilter(OnUnhandledException);
+}
+
 void EndProcessOnUncaughtErrors() {
     std::set_terminate(EndProcessAbnormally);
     std::signal(SIGABRT, OnAbort);
-    SetUnhandledExceptionFilter(OnUnhandledException);
+    EndProcessOnProcessorFaults();
     HeapSetInformation(nullptr, HeapEnableTerminationOnCorruption, nullptr, 0);
 }

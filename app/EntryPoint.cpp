@@ -28,6 +28,11 @@ struct Preparation {
     }
 };
 
+#if defined(__MINGW32__)
+// mingw-w64 copies the command line before any initialiser runs, and doesn't look whether there was memory for it.
+[[gnu::section(".CRT$XCU"), gnu::used]] void (*const BeforeTheRunTimeLibrary)() = EndProcessOnProcessorFaults;
+#endif
+
 // Before the entry point runs, and before the run-time library makes its stack guard: in Debian 12 the cryptography
 // service, which loads libraries.
 [[gnu::init_priority(101), maybe_unused]] const Preparation Prepared;

@@ -62,8 +62,9 @@ std::vector<unsigned char> HostileBytes(Random& random) {
         size = random.Below(600);
     else if (random.OneIn(1000))
         size = random.Below(200'000);
-    std::vector<unsigned char> bytes(size);
-    std::ranges::generate(bytes, [&random] { return static_cast<unsigned char>(random.OneIn(3) ? 0 : random.Next()); });
+    std::vector<unsigned char> bytes;
+    while (bytes.size() < size)
+        bytes.push_back(static_cast<unsigned char>(random.OneIn(3) ? 0 : random.Next()));
     return bytes;
 }
 
