@@ -55,7 +55,7 @@ UniqueHandle KeepFromChanging(const std::wstring& path) {
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-/// False also when the file can't be read: a bad disk or another program's lock is no proof of other bytes.
+/// False also when the file can't be read, or there is no handle: neither is a proof of other bytes.
 bool HoldsSomethingElse(HANDLE file, std::span<const char> bytes) {
     std::array<char, 65536> chunk{};
     DWORD count = 0;
@@ -120,7 +120,7 @@ UniqueHandle ExtractAndRunInstaller() {
     const std::wstring path = TempPath(LR"(Vellumkit\Vellumkit Installer.exe)");
     const auto written = ExtractPayload(path);
     const UniqueHandle kept = KeepFromChanging(path); // until the shell has started it
-    if (written && kept && HoldsSomethingElse(kept.Get(), *written))
+    if (written && HoldsSomethingElse(kept.Get(), *written))
         ThrowWin32Error(ERROR_SHARING_VIOLATION); // somebody else wrote to it
     return RunElevated(path);
 }
