@@ -329,6 +329,19 @@ TEST_F(TypeLibraryFile, IsThereWhenItMayOnlyBeRead) {
     EXPECT_EQ(LoggedBehindTheBlock()[0], L"File exists: " + File + L'\0');
 }
 
+TEST_F(TypeLibraryFile, IsThereWhileSomebodyWritesItButNotWhileSomebodyMayDeleteIt) {
+    RegisterFile();
+    const std::pair<DWORD, std::wstring> others[] = {{GENERIC_WRITE, L"File exists: "},
+                                                     {DELETE, L"Error: File DOES NOT exist: "}};
+    for (const auto& [access, verdict] : others) {
+        constexpr DWORD Everything = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+        const UniqueHandle other(CreateFileW(File.c_str(), access, Everything, nullptr, OPEN_EXISTING, 0, nullptr));
+        ASSERT_TRUE(other);
+        EXPECT_FALSE(Check({L"1.1"}, L""));
+        EXPECT_EQ(Logged().back(), verdict + File + L'\0');
+    }
+}
+
 TEST_F(TypeLibraryFile, IsNotLeftOpen) {
     RegisterFile();
     EXPECT_FALSE(Check({L"1.1"}, L""));
