@@ -137,6 +137,17 @@ TEST_F(WindowedInstallation, HappensWithoutTheConfigOptionOrAPath) {
     }
 }
 
+TEST_F(WindowedInstallation, GoesOnWhenNothingCanBePainted) {
+    // GetMenu answers null for a window without a menu.
+    const Program program(CopyFrontEndThatCalls("GetMenu", "BeginPaint"), L"", Temporary());
+    const InstallerScreen screen(program);
+    WaitUntil("the end of a pass in a window that is not painted",
+              [&screen] { return CaptionOf(screen.Primary()) == L"&Close"; });
+    screen.ClickCloseBox();
+    EXPECT_EQ(program.ExitCode(), 0U);
+    ExpectLogEndsWithAWholePass();
+}
+
 // Starts that fail
 
 TEST_P(FailedStart, EndsWithZeroAndInstallsNothing) {
