@@ -113,7 +113,7 @@ private:
 struct OtherContent {
     const char* name;
     /// Of the payload's bytes.
-    std::string (*made)(std::string payload);
+    std::string (*made)(const std::string& payload);
 };
 
 class PayloadOfOtherBytes : public ChangedPayload, public testing::WithParamInterface<OtherContent> {};
@@ -304,14 +304,14 @@ TEST_F(ChangedPayload, ThatIsGoneIsLeftToTheShell) {
 
 INSTANTIATE_TEST_SUITE_P(
     , PayloadOfOtherBytes,
-    testing::Values(OtherContent{"OtherFirst", [](std::string bytes) { return '?' + bytes.substr(1); }},
-                    OtherContent{"OtherLast",
-                                 [](std::string bytes) { return bytes.replace(bytes.size() - 1, 1, "?"); }},
-                    OtherContent{"OneLess", [](std::string bytes) { return bytes.substr(0, bytes.size() - 1); }},
-                    OtherContent{"OneMore", [](std::string bytes) { return bytes + '\0'; }},
-                    OtherContent{"HalfOfThem", [](std::string bytes) { return bytes.substr(0, bytes.size() / 2); }},
-                    OtherContent{"NoBytes", [](std::string) { return std::string(); }},
-                    OtherContent{"AnotherProgram", [](std::string) { return ReadBytes(Datebookery()); }}),
+    testing::Values(
+        OtherContent{"OtherFirst", [](const std::string& bytes) { return '?' + bytes.substr(1); }},
+        OtherContent{"OtherLast", [](const std::string& bytes) { return bytes.substr(0, bytes.size() - 1) + '?'; }},
+        OtherContent{"OneLess", [](const std::string& bytes) { return bytes.substr(0, bytes.size() - 1); }},
+        OtherContent{"OneMore", [](const std::string& bytes) { return bytes + '\0'; }},
+        OtherContent{"HalfOfThem", [](const std::string& bytes) { return bytes.substr(0, bytes.size() / 2); }},
+        OtherContent{"NoBytes", [](const std::string&) { return std::string(); }},
+        OtherContent{"AnotherProgram", [](const std::string&) { return ReadBytes(Datebookery()); }}),
     [](const auto& item) { return item.param.name; });
 
 TEST_P(PayloadOfOtherBytes, IsNotStarted) {

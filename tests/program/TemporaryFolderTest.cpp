@@ -18,7 +18,7 @@ protected:
     /// One whose name makes the path of the payload that long.
     fs::path WithAPayloadPathOf(std::size_t length) const {
         const std::size_t rest = Target().size() + 1;
-        const fs::path folder = fs::path(Temporary()) / std::wstring(length - rest, L'x');
+        fs::path folder = fs::path(Temporary()) / std::wstring(length - rest, L'x');
         EXPECT_TRUE(fs::create_directory(folder));
         EXPECT_EQ((folder / L"Vellumkit" / L"Vellumkit Installer.exe").wstring().size(), length);
         return folder;

@@ -110,7 +110,7 @@ private:
 
     void Intercept(const InterceptedImport& import, const Thread& thread) {
         CONTEXT context{};
-        context.ContextFlags = CONTEXT_CONTROL | CONTEXT_INTEGER;
+        context.ContextFlags = CONTEXT_FULL;
         EXPECT_TRUE(GetThreadContext(thread.handle, &context));
         context.Rip = import.function;
         if (const auto answer = (*import.interception)({context.Rcx, context.Rdx, context.R8, context.R9})) {
