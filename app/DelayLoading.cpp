@@ -5,14 +5,11 @@
 
 #include <array>
 
-// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier): the name is the linker's
-extern "C" const IMAGE_DOS_HEADER __ImageBase;
-
 namespace {
 
 template <typename Structure>
 Structure* At(ULONGLONG address) {
-    return reinterpret_cast<Structure*>(reinterpret_cast<ULONG_PTR>(&__ImageBase) + address);
+    return reinterpret_cast<Structure*>(reinterpret_cast<ULONG_PTR>(GetModuleHandleW(nullptr)) + address);
 }
 
 HMODULE Load(const char* name) {
@@ -23,7 +20,7 @@ HMODULE Load(const char* name) {
 
 } // namespace
 
-extern "C" FARPROC WINAPI __delayLoadHelper2(const ImgDelayDescr* library, FARPROC* slot) {
+extern "C" FARPROC WINAPI LoadDelayed(const ImgDelayDescr* library, FARPROC* slot) {
     const DWORD lastError = GetLastError();
     const HMODULE module = Load(At<const char>(library->rvaDLLName));
     if (module == nullptr)

@@ -20,6 +20,6 @@ function(delay_load target)
         file(WRITE "${folder}/lib${library}.a" "INPUT(\"${folder}/${library}.a\" \"${file}\")\n")
     endforeach()
     target_link_directories(${target} BEFORE PRIVATE "${folder}")
-    # The libraries that call it come after ours, and would find the one of mingw-w64, which searches everywhere.
-    target_link_options(${target} PRIVATE -Wl,--undefined=__delayLoadHelper2)
+    # Otherwise they would call the one of mingw-w64, which searches everywhere.
+    target_link_options(${target} PRIVATE -Wl,--undefined=LoadDelayed -Wl,--defsym=__delayLoadHelper2=LoadDelayed)
 endfunction()

@@ -48,7 +48,7 @@ FARPROC FunctionNamed(const char* name) {
 } // namespace
 
 TEST_F(DelayLoading, FillsEverySlotOfTheLibraryAtTheFirstCallOfAnyFunction) {
-    const FARPROC called = __delayLoadHelper2(&Imports.descriptor, &Imports.slots[1]);
+    const FARPROC called = LoadDelayed(&Imports.descriptor, &Imports.slots[1]);
     ASSERT_NE(called, nullptr);
     EXPECT_EQ(called, FunctionNamed("DrawDibOpen"));
     EXPECT_EQ(Imports.slots[0], FunctionNamed("ICOpen"));
@@ -58,13 +58,13 @@ TEST_F(DelayLoading, FillsEverySlotOfTheLibraryAtTheFirstCallOfAnyFunction) {
 
 TEST_F(DelayLoading, LeavesTheLastErrorAsItWas) {
     SetLastError(1234);
-    __delayLoadHelper2(&Imports.descriptor, Imports.slots.data());
+    LoadDelayed(&Imports.descriptor, Imports.slots.data());
     EXPECT_EQ(GetLastError(), 1234U);
 }
 
 TEST_F(DelayLoading, FillsSlotsThatCanOnlyBeRead) {
     DWORD protection = 0;
     ASSERT_TRUE(VirtualProtect(&Imports.slots, sizeof Imports.slots, PAGE_READONLY, &protection));
-    EXPECT_EQ(__delayLoadHelper2(&Imports.descriptor, Imports.slots.data()), FunctionNamed("ICOpen"));
+    EXPECT_EQ(LoadDelayed(&Imports.descriptor, Imports.slots.data()), FunctionNamed("ICOpen"));
     VirtualProtect(&Imports.slots, sizeof Imports.slots, protection, &protection);
 }
