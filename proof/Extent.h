@@ -1,6 +1,8 @@
 #pragma once
 
-#include <cstdlib>
+#include <windows.h>
+
+#include <array>
 #include <string_view>
 
 /// How often a proof repeats what it does.
@@ -11,7 +13,8 @@ struct Extent {
     int whole;
 
     int Count() const {
-        const char* const proof = std::getenv("VELLUMKIT_PROOF");
-        return proof != nullptr && std::string_view(proof) == "whole" ? whole : sample;
+        std::array<wchar_t, 32> setting{};
+        GetEnvironmentVariableW(L"VELLUMKIT_PROOF", setting.data(), static_cast<DWORD>(setting.size()));
+        return std::wstring_view(setting.data()) == L"whole" ? whole : sample;
     }
 };

@@ -26,7 +26,7 @@ protected:
         std::wstring digits = std::to_wstring(number);
         digits.insert(0, 7 - digits.size(), L'0'); // as long as what it stands for
         const std::wstring log = L"Vellumkit_" + digits + L".log";
-        const FrontEnd made{fs::path(Temporary()) / (digits + L".exe"), fs::path(Temporary()) / log};
+        FrontEnd made{fs::path(Temporary()) / (digits + L".exe"), fs::path(Temporary()) / log};
         std::string bytes = program_;
         const std::size_t name = bytes.find(AsBytes(LogName));
         EXPECT_NE(name, std::string::npos);
@@ -67,6 +67,7 @@ TEST_F(ManyAtOnce, EndAsSpecifiedAndRunNoDamagedPayload) {
         frontEnds.push_back(Make(number));
     Watchdog::Allow(60 + 5 * static_cast<unsigned>(frontEnds.size()));
     std::vector<Program> programs;
+    programs.reserve(frontEnds.size());
     for (const FrontEnd& frontEnd : frontEnds)
         programs.emplace_back(frontEnd.file, arguments, Temporary());
 

@@ -12,7 +12,7 @@ class Paintings : public WindowedMachine {};
 
 void Paint(HWND window, int times) {
     for (int painting = 0; painting < times; ++painting) {
-        if (painting % 1000 == 0)
+        if (painting % 100 == 0)
             Watchdog::Allow(60);
         ASSERT_TRUE(RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW)); // returns when it is done
     }

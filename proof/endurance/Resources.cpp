@@ -98,7 +98,7 @@ Resources ResourcesOf(HANDLE process) {
 
 void ExpectGrowth(const Resources& before, const Resources& after, std::size_t processHandles, std::size_t bytes) {
     constexpr std::size_t AFewObjects = 8;
-    constexpr std::size_t HeapStep = 128 * 1024;
+    constexpr std::size_t HeapStep = 0x20000;
     EXPECT_EQ(after.processHandles, before.processHandles + processHandles);
     EXPECT_LE(after.otherHandles, before.otherHandles + AFewObjects);
     EXPECT_LE(after.gdiObjects, before.gdiObjects + AFewObjects);

@@ -44,5 +44,6 @@ TEST_F(Retries, KeepAHandleOfTheElevatedInstallerAndATextEach) {
     screen.AwaitFailure(SystemErrorText(1603));
     screen.ClickCloseBox();
     EXPECT_EQ(frontEnd.ExitCode(), 0U);
+    Watchdog::Allow(60 + static_cast<unsigned>(passes)); // for the log of all of them
     EXPECT_EQ(std::ranges::count(Logged(), L"ERROR: Installer reported failure: 1603"), 1 + warmUp + passes);
 }

@@ -18,8 +18,7 @@ constexpr std::wstring_view Pieces[] = {
 
 TEST(HostileCommandLine, GivesTheOptionsThatTheRulesGive) {
     ForEachInput({.sample = 100'000, .whole = 500'000}, [](Random& random) {
-        // What follows a NUL is no part of a command line.
-        const std::wstring commandLine = TextOf(random, Pieces).c_str();
+        const std::wstring commandLine = Rules::UpToNul(TextOf(random, Pieces));
         ConfigPath.clear();
         DelayOption = false;
         ReadCommandLine(commandLine.c_str());

@@ -1,8 +1,8 @@
 #include "proof/hostile/HostileText.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
+#include <iomanip>
+#include <sstream>
 
 namespace {
 
@@ -69,21 +69,20 @@ std::vector<unsigned char> HostileBytes(Random& random) {
 }
 
 std::string Literal(std::wstring_view text) {
-    std::string literal = "L\"";
+    std::ostringstream literal;
+    literal << "L\"" << std::setfill('0');
     for (const wchar_t character : text) {
-        std::array<char, 16> escape{};
         if (character == L'"' || character == L'\\')
-            literal += {'\\', static_cast<char>(character)};
+            literal << '\\' << static_cast<char>(character);
         else if (character >= L' ' && character < 0x7F)
-            literal += static_cast<char>(character);
+            literal << static_cast<char>(character);
         else if (character < 0x80) // octal: of three digits at most, whatever follows
-            literal.append(escape.data(), static_cast<std::size_t>(std::snprintf(escape.data(), escape.size(), "\\%03o",
-                                                                                 unsigned{character})));
+            literal << '\\' << std::oct << std::setw(3) << unsigned{character};
         else
-            literal.append(escape.data(), static_cast<std::size_t>(std::snprintf(
-                                              escape.data(), escape.size(), "\\x%04X\" L\"", unsigned{character})));
+            literal << "\\x" << std::hex << std::setw(4) << unsigned{character} << R"(" L")";
     }
-    return literal + "\"s";
+    literal << "\"s";
+    return literal.str();
 }
 
 std::string Literal(std::span<const unsigned char> bytes) {

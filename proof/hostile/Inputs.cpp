@@ -1,9 +1,12 @@
 #include "proof/hostile/Inputs.h"
 
-#include <cstdlib>
+#include <windows.h>
+
+#include <array>
 #include <string>
 
 std::uint64_t Seed() {
-    const char* const seed = std::getenv("VELLUMKIT_SEED");
-    return seed != nullptr ? std::stoull(seed) : 20260101;
+    std::array<wchar_t, 32> setting{};
+    const DWORD length = GetEnvironmentVariableW(L"VELLUMKIT_SEED", setting.data(), static_cast<DWORD>(setting.size()));
+    return length != 0 ? std::stoull(setting.data()) : 20260101;
 }

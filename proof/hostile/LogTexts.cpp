@@ -9,6 +9,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <variant>
 #include <vector>
 
@@ -63,7 +64,9 @@ bool Consists(std::wstring_view log, const std::array<std::vector<std::wstring>,
     struct Reading {
         std::size_t place;
         std::array<std::size_t, 2> taken;
-        auto operator<=>(const Reading&) const = default;
+        bool operator<(const Reading& other) const {
+            return std::tie(place, taken) < std::tie(other.place, other.taken);
+        }
     };
     std::set<Reading> readings{{0, {0, 0}}}; // the one that has come least far is the first
     while (!readings.empty()) {

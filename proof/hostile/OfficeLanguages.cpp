@@ -62,7 +62,7 @@ TEST(HostileOfficeLanguage, IsTheOneThatTheRulesFind) {
     const RegistrySandbox sandbox;
     const ImportPatch<decltype(GetWindowsLocale)> locale("GetUserDefaultLocaleName", GetWindowsLocale);
     ForEachInput({.sample = 1'500, .whole = 50'000}, [](Random& random) {
-        WindowsLocale = random.OneIn(2) ? L"de-DE" : HostileText(random).c_str();
+        WindowsLocale = random.OneIn(2) ? L"de-DE" : Rules::UpToNul(HostileText(random));
         std::wstring expected;
         Rules::Registry registry;
         for (const int version : {16, 15, 14}) {

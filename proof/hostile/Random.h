@@ -8,17 +8,10 @@
 /// input can be made again without those before it.
 class Random {
 public:
-    Random(std::uint64_t seed, std::uint64_t index) : state_(seed * 0x9E3779B97F4A7C15 + index) {
-        state_ = Next(); // or neighbours would share their numbers
-    }
+    // Mixed, or the inputs beside each other would share their numbers.
+    Random(std::uint64_t seed, std::uint64_t index) : state_(Mix((seed + 1) * Step + index)) {}
 
-    std::uint64_t Next() {
-        state_ += 0x9E3779B97F4A7C15;
-        std::uint64_t number = state_;
-        number = (number ^ number >> 30) * 0xBF58476D1CE4E5B9;
-        number = (number ^ number >> 27) * 0x94D049BB133111EB;
-        return number ^ number >> 31;
-    }
+    std::uint64_t Next() { return Mix(state_ += Step); }
 
     /// From 0 to `bound` - 1.
     std::size_t Below(std::size_t bound) { return static_cast<std::size_t>(Next() % bound); }
@@ -32,5 +25,13 @@ public:
     }
 
 private:
+    static constexpr std::uint64_t Step = 0x9E3779B97F4A7C15;
+
+    static std::uint64_t Mix(std::uint64_t number) {
+        number = (number ^ number >> 30) * 0xBF58476D1CE4E5B9;
+        number = (number ^ number >> 27) * 0x94D049BB133111EB;
+        return number ^ number >> 31;
+    }
+
     std::uint64_t state_;
 };

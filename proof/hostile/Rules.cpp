@@ -4,14 +4,11 @@
 #include <array>
 #include <cwctype>
 #include <iterator>
-#include <limits>
-#include <sstream>
 
 namespace Rules {
 
 namespace {
 
-using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 constexpr std::wstring_view Blanks = L" \t";
@@ -26,7 +23,7 @@ std::wstring TakeProgramName(std::wstring_view& text) {
     const bool quoted = text.starts_with(L'"');
     text.remove_prefix(quoted ? 1 : 0);
     const std::size_t end = std::min(quoted ? text.find(L'"') : text.find_first_of(Blanks), text.size());
-    const std::wstring name(text.substr(0, end));
+    std::wstring name(text.substr(0, end));
     text.remove_prefix(std::min(end + (quoted ? 1 : 0), text.size()));
     return name;
 }
@@ -79,15 +76,19 @@ std::wstring Text(const std::optional<Value>& value) {
 /// Windows hands out nothing of a number that is longer than a number may be.
 DWORD Number(const Value& value) {
     DWORD number = 0;
-    if (value.bytes.size() <= 4) {
-        for (auto byte = value.bytes.rbegin(); byte != value.bytes.rend(); ++byte)
-            number = 256 * number + *byte;
-    }
+    if (value.bytes.size() <= sizeof number)
+        std::ranges::copy(value.bytes, reinterpret_cast<unsigned char*>(&number));
     return number;
 }
 
-std::wstring UpToNul(const std::wstring& text) {
-    return text.c_str();
+/// The values below a key, natively and then in the 32-bit view.
+std::vector<Place> InBothViews(const std::wstring& key, const std::vector<Place>& values) {
+    std::vector<Place> places;
+    for (const wchar_t* const view : {L"", L"Wow6432Node\\"}) {
+        for (const Place& value : values)
+            places.push_back({std::wstring(view).append(key).append(value.key), value.name});
+    }
+    return places;
 }
 
 bool NamesX86(const std::wstring& path) {
@@ -130,7 +131,8 @@ std::wstring UnknownError(DWORD result) {
 }
 
 std::wstring Asctime(std::time_t time) {
-    const std::tm local = *std::localtime(&time);
+    std::tm local{};
+    localtime_s(&local, &time);
     std::array<wchar_t, 64> text{};
     std::wcsftime(text.data(), text.size(), L"%a %b %d %H:%M:%S %Y", &local);
     if (text[8] == L'0')
@@ -139,6 +141,10 @@ std::wstring Asctime(std::time_t time) {
 }
 
 } // namespace
+
+std::wstring UpToNul(const std::wstring& text) {
+    return text.substr(0, text.find(L'\0'));
+}
 
 std::vector<std::wstring> Arguments(std::wstring_view commandLine) {
     std::vector<std::wstring> arguments{TakeProgramName(commandLine)};
@@ -180,10 +186,8 @@ std::wstring LanguageOfIdentifier(DWORD identifier) {
 
 std::vector<DWORD> Identifiers(const std::wstring& fallback) {
     std::vector<DWORD> identifiers;
-    std::wistringstream stream(fallback);
-    for (std::wstring piece; std::getline(stream, piece, L';');) {
-        piece = UpToNul(piece);
-        const auto* character = piece.c_str();
+    for (const std::wstring& piece : Pieces(fallback, L";")) {
+        const wchar_t* character = piece.c_str();
         while (std::iswspace(*character))
             ++character;
         const bool negative = *character == L'-';
@@ -192,8 +196,7 @@ std::vector<DWORD> Identifiers(const std::wstring& fallback) {
         long long number = 0;
         for (; *character >= L'0' && *character <= L'9'; ++character)
             number = std::min(10 * number + (*character - L'0'), 1LL << 40);
-        constexpr std::numeric_limits<int> Limits;
-        number = std::clamp<long long>(negative ? -number : number, Limits.min(), Limits.max());
+        number = std::clamp(negative ? -number : number, -0x80000000LL, 0x7FFFFFFFLL);
         identifiers.push_back(static_cast<DWORD>(number));
     }
     return identifiers;
@@ -245,23 +248,24 @@ Entries Block(const std::wstring& title, const std::wstring& root, const std::ve
               const Registry& registry) {
     Entries entries{title};
     for (const Place& place : places)
-        entries.push_back(L"    " + root + L"\\" + place.key + L"\\" + (place.name.empty() ? L"@" : place.name) +
-                          L" - " + Shown(registry, place));
+        entries.push_back(std::wstring(L"    ")
+                              .append(root)
+                              .append(L"\\")
+                              .append(place.key)
+                              .append(L"\\")
+                              .append(place.name.empty() ? L"@" : place.name)
+                              .append(L" - ")
+                              .append(Shown(registry, place)));
     entries.emplace_back();
     return entries;
 }
 
 std::vector<Place> PlacesOfInterface(const std::wstring& identifier) {
-    std::vector<Place> places;
-    for (const std::wstring& view : {L""s, L"Wow6432Node\\"s}) {
-        const std::wstring key = view + L"Interface\\" + identifier;
-        places.insert(places.end(), {{key, L""},
-                                     {key + L"\\ProxyStubClsid", L""},
-                                     {key + L"\\ProxyStubClsid32", L""},
-                                     {key + L"\\TypeLib", L""},
-                                     {key + L"\\TypeLib", L"Version"}});
-    }
-    return places;
+    return InBothViews(L"Interface\\" + identifier, {{L"", L""},
+                                                     {L"\\ProxyStubClsid", L""},
+                                                     {L"\\ProxyStubClsid32", L""},
+                                                     {L"\\TypeLib", L""},
+                                                     {L"\\TypeLib", L"Version"}});
 }
 
 std::wstring LibraryVersion(const std::wstring& interfaceIdentifier, const Registry& registry) {
@@ -271,16 +275,11 @@ std::wstring LibraryVersion(const std::wstring& interfaceIdentifier, const Regis
 }
 
 std::vector<Place> PlacesOfLibrary(const std::wstring& identifier, const std::wstring& version) {
-    std::vector<Place> places;
-    for (const std::wstring& view : {L""s, L"Wow6432Node\\"s}) {
-        const std::wstring key = view + L"TypeLib\\" + identifier + L"\\" + version;
-        places.insert(places.end(), {{key, L""},
-                                     {key, L"PrimaryInteropAssemblyName"},
-                                     {key + L"\\0\\Win32", L""},
-                                     {key + L"\\0\\Win64", L""},
-                                     {key + L"\\FLAGS", L""}});
-    }
-    return places;
+    return InBothViews(L"TypeLib\\" + identifier + L"\\" + version, {{L"", L""},
+                                                                     {L"", L"PrimaryInteropAssemblyName"},
+                                                                     {L"\\0\\Win32", L""},
+                                                                     {L"\\0\\Win64", L""},
+                                                                     {L"\\FLAGS", L""}});
 }
 
 LibraryReport ReportOfLibrary(const std::wstring& name, const std::wstring& identifier,
@@ -292,7 +291,8 @@ LibraryReport ReportOfLibrary(const std::wstring& name, const std::wstring& iden
     };
     for (const std::wstring& version : versions) {
         const std::vector<Place> places = PlacesOfLibrary(identifier, version);
-        log(Block(L"Type library for " + name + L" version " + version, L"HKCR", places, registry));
+        log(Block(std::wstring(L"Type library for ").append(name).append(L" version ").append(version), L"HKCR", places,
+                  registry));
 
         std::array<std::wstring, 4> paths; // Win32 and Win64 natively, then in the 32-bit view
         constexpr std::array<std::size_t, 4> Rows{2, 3, 7, 8};

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 // The installer's rules, read a second time: nothing here is shared with the installer, and nothing of it is called.
@@ -15,7 +16,7 @@ namespace Rules {
 
 /// A value as the registry holds it.
 struct Value {
-    DWORD type;
+    DWORD type = REG_NONE;
     std::vector<unsigned char> bytes;
 };
 
@@ -23,13 +24,16 @@ struct Value {
 struct Place {
     std::wstring key;
     std::wstring name;
-    auto operator<=>(const Place&) const = default;
+    bool operator<(const Place& other) const { return std::tie(key, name) < std::tie(other.key, other.name); }
 };
 
 using Registry = std::map<Place, Value>;
 
 /// What stands in the log: its entries without line breaks and timestamps.
 using Entries = std::vector<std::wstring>;
+
+/// What C sees of a text.
+std::wstring UpToNul(const std::wstring& text);
 
 /// Windows' own rules: the first argument is the program's name, in which a backslash is like any character. In the
 /// others an even number of backslashes before a quote stands for half of them, an odd one for half of them and a quote
