@@ -39,7 +39,7 @@ fi
 total=$(wc -l <"$folder/plan")
 
 count_results() {
-    find "$folder/results" -type f -exec cat {} + | wc -l
+    find "$folder/results" -type f -exec cat {} + | cut -f 1-4 | sort -u | wc -l
 }
 
 stop_machines() {
@@ -71,6 +71,5 @@ failed=0
 for process in "${running[@]}"; do
     wait "$process" || failed=1
 done
-running=()
-[ $failed = 0 ] || { tail -n 3 "$folder"/*.log >&2; exit 1; }
+[ $failed = 0 ] && [ "$(count_results)" = "$total" ] || { tail -n 3 "$folder"/*.log >&2; exit 1; }
 on_machine 0 document "$folder/results" docs/faults.md

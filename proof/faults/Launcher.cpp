@@ -200,19 +200,27 @@ std::vector<Result> ReadResults(const fs::path& folder) {
     return results;
 }
 
-/// Performs the jobs of one share and hands each result on.
+/// Every `count`th of them, from `share` on.
+std::vector<Job> ShareOf(const std::vector<Job>& jobs, std::size_t share, std::size_t count) {
+    std::vector<Job> own;
+    for (std::size_t index = share; index < jobs.size(); index += count)
+        own.push_back(jobs[index]);
+    return own;
+}
+
+/// Performs the jobs and hands each result on.
 template <typename Report>
-void Perform(const std::vector<Job>& jobs, std::size_t share, std::size_t count, Report report) {
+void Perform(const std::vector<Job>& jobs, Report report) {
     const std::vector<Scenario>& scenarios = Scenarios();
     for (std::size_t number = scenarios.size(); number-- != 0;) { // the first one has the most, all alike
         const Scenario& scenario = scenarios[number];
         std::unique_ptr<Runner> runner;
-        for (std::size_t index = share; index < jobs.size(); index += count) {
-            if (jobs[index].scenario != scenario.name)
+        for (const Job& job : jobs) {
+            if (job.scenario != scenario.name)
                 continue;
             if (runner == nullptr)
                 runner = std::make_unique<Runner>(scenario);
-            report(runner->Try(jobs[index]));
+            report(runner->Try(job));
         }
     }
 }
@@ -221,10 +229,10 @@ void RunShare(const fs::path& planFile, const fs::path& folder, std::size_t shar
     std::set<std::string> done;
     for (const Result& result : ReadResults(folder))
         done.insert(KeyOf(result));
-    std::vector<Job> jobs = ReadPlan(planFile);
+    std::vector<Job> jobs = ShareOf(ReadPlan(planFile), share, count);
     std::erase_if(jobs, [&done](const Job& job) { return done.contains(KeyOf(job)); });
     std::ofstream results(folder / (std::to_string(share) + ".txt"), std::ios::binary | std::ios::app);
-    Perform(jobs, share, count, [&results](const Result& result) { results << Line(result) << std::endl; });
+    Perform(jobs, [&results](const Result& result) { results << Line(result) << std::endl; });
 }
 
 int Complain(const std::vector<std::string>& complaints) {
@@ -237,7 +245,7 @@ int RunSample(std::size_t number, std::size_t share, std::size_t count) {
     std::vector<Result> results;
     std::vector<Job> sample = Survey();
     sample.resize(std::min(number, sample.size()));
-    Perform(sample, share, count, [&results](const Result& result) { results.push_back(result); });
+    Perform(ShareOf(sample, share, count), [&results](const Result& result) { results.push_back(result); });
     const auto reached = std::ranges::count_if(results, &Result::WasReached);
     std::cout << reached << " of " << results.size() << " calls failed\n";
     std::vector<std::string> complaints = Compare(ProgramFolder() / "faults.md", results);
