@@ -22,5 +22,5 @@ faults | hostile | endurance | mutations | coverage) ;;
 --help) usage; exit ;;
 *) usage >&2; exit 2 ;;
 esac
-lab/machine.sh packages
+[ "${2:-}" = --help ] || lab/machine.sh packages
 exec "proof/$1.sh" "${@:2}"

@@ -61,6 +61,7 @@ foreach(source IN LISTS linted)
             COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
             DEPENDS onenote-library "${source}" ${headers} ${generated_headers}
                 "${PROJECT_SOURCE_DIR}/.clang-tidy" "${PROJECT_SOURCE_DIR}/tests/.clang-tidy"
+                "${PROJECT_SOURCE_DIR}/proof/.clang-tidy"
             COMMENT "Analysing ${name}"
             VERBATIM)
         list(APPEND stamps "${stamp}")

@@ -16,12 +16,12 @@ namespace {
 
 class ElevatedInstallerFate : public WindowedMachine {
 protected:
-    /// The process of the elevated installer, as soon as it runs.
-    static UniqueHandle AwaitPayload() {
+    /// The process of the elevated installer, as soon as it runs, and so has been started.
+    UniqueHandle AwaitPayload() const {
         std::vector<DWORD> ids;
-        WaitUntil("the elevated installer", [&ids] {
+        WaitUntil("the elevated installer", [&] {
             ids = ProcessesNamed(L"Vellumkit Installer.exe");
-            return !ids.empty();
+            return PayloadHasRun() && !ids.empty();
         });
         return UniqueHandle(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, ids[0]));
     }

@@ -68,7 +68,7 @@ std::wstring VersionOf(DWORD upper, DWORD lower) {
 
 } // namespace
 
-TEST_F(Executable, IsLoadedWithTwoLibrariesThatWindowsHasLoadedBefore) {
+TEST_F(Executable, IsLoadedWithTwoLibrariesThatWindowsKnows) {
     std::set<std::string> libraries;
     for (const ImportedFunction& function : ImportsOf(module_))
         libraries.insert(Lower(function.library));

@@ -65,7 +65,7 @@ TEST_F(HostileRegistry, OfPathsThatNameNoFilesHoldsNothingUp) {
         {L"2.6\\0\\Win32", LR"(\\.\NUL)"},
         {L"2.6\\0\\Win64", LR"(\\.\PhysicalDrive0)"},
         {L"2.7\\0\\Win32", LR"(\\.\COM1)"},
-        {L"2.7\\0\\Win64", LR"(CONIN$)"},
+        {L"2.7\\0\\Win64", LR"(\\.\no such device)"},
         {L"2.8\\0\\Win32", LR"(\\.\pipe\no such pipe)"},
     };
     const std::wstring library = L"TypeLib\\{2DF8D04C-5BFA-101B-BDE5-00AA0044DE52}\\";

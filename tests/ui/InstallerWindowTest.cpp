@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
+#include <string_view>
 
 namespace {
 
@@ -218,11 +219,16 @@ TEST_F(InstallerWindow, EndsThePaintingThatItBegan) {
 }
 
 TEST_F(InstallerWindow, EndsNoPaintingThatCouldNotBegin) {
+    static int begins;
     static int ends;
-    ends = 0;
-    const ImportPatch<decltype(BeginPaint)> begin("BeginPaint", [](HWND, PAINTSTRUCT*) -> HDC { return nullptr; });
+    begins = ends = 0;
+    const ImportPatch<decltype(BeginPaint)> begin("BeginPaint", [](HWND, PAINTSTRUCT*) -> HDC {
+        ++begins;
+        return nullptr;
+    });
     const ImportPatch<decltype(EndPaint)> end("EndPaint", [](HWND, const PAINTSTRUCT*) -> BOOL { return ++ends != 0; });
     RedrawWindow(MainWindow, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    EXPECT_EQ(begins, 1);
     EXPECT_EQ(ends, 0);
 }
 
@@ -251,12 +257,19 @@ TEST_P(FailedPainting, IsSkippedAndDoneAnewWithTheNextState) {
     PendingScreenState = ScreenStateOf(ScreenStatus::Completed, 0);
     {
         static ULONG_PTR failure;
+        static int calls;
         failure = GetParam().failure;
+        calls = 0;
         // Takes the arguments of any function without looking at them.
-        const ImportPatch<ULONG_PTR()> call(GetParam().function, [] { return failure; });
+        const ImportPatch<ULONG_PTR()> call(GetParam().function, [] {
+            ++calls;
+            return failure;
+        });
         SendMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
         UpdateWindow(MainWindow);
         EXPECT_FALSE(GetUpdateRect(MainWindow, nullptr, FALSE)) << "it would be painted for ever";
+        EXPECT_EQ(calls != 0, GetParam().function != std::string_view("malloc"))
+            << "painting needs no memory of its own";
     }
     EXPECT_EQ(CurrentStatus, ScreenStatus::Completed);
     EXPECT_EQ(CaptionOf(PrimaryButton), L"&Close");
