@@ -48,7 +48,8 @@ void CheckFile(std::wstring path) {
     const std::size_t last3 = path.size() - 3;
     if (path.compare(last3, 2, L"\\3") == 0)
         path.resize(last3);
-    Log(true) << (CanBeRead(path) ? L"File exists" : L"Error: File DOES NOT exist") << L": " << path;
+    const bool exists = CanBeRead(path); // before the entry begins, since a dead server takes its time
+    Log(true) << (exists ? L"File exists" : L"Error: File DOES NOT exist") << L": " << path;
 }
 
 bool IsX86(const std::wstring& path) {

@@ -1,5 +1,6 @@
 #include "checks/TypeLibraryBitness.h"
 
+#include "core/Log.h"
 #include "core/Unique.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/Registry.h"
@@ -385,6 +386,26 @@ TEST_F(TypeLibraryFile, ThatIsAPipeIsOpenedOnceAndLetGo) {
     EXPECT_EQ(LoggedBehindTheBlock(), Entries{std::wstring(L"File exists: ") + name});
     EXPECT_FALSE(ConnectNamedPipe(pipe.Get(), nullptr));
     EXPECT_EQ(GetLastError(), DWORD{ERROR_NO_DATA}) << "the client should have come and gone";
+}
+
+// The time of the entry is when it was known, not when a dead server was asked.
+TEST_F(TypeLibraryFile, IsLookedForBeforeItsEntryBegins) {
+    static std::vector<Entries> atTheCall;
+    atTheCall.clear();
+    static LoggedEntries* logged;
+    LoggedEntries entries;
+    logged = &entries;
+    const ImportPatch<decltype(CreateFileW)> open(
+        "CreateFileW", [](LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) -> HANDLE {
+            Log(true) << L"(opened)";
+            atTheCall.push_back(logged->Get());
+            return INVALID_HANDLE_VALUE;
+        });
+    RegisterFile();
+    EXPECT_FALSE(Check({L"1.1"}, L""));
+    ASSERT_EQ(atTheCall.size(), 1U);
+    ASSERT_GE(atTheCall[0].size(), 2U);
+    EXPECT_EQ(atTheCall[0][atTheCall[0].size() - 2], L"") << "the end of the block";
 }
 
 /// Wine lets every server of a pipe act as its client, so that the request is seen at the call.
