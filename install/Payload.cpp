@@ -55,7 +55,8 @@ UniqueHandle KeepFromChanging(const std::wstring& path) {
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-/// False also when the file can't be read, or there is no handle: neither is a proof of other bytes.
+/// True also for a file that somebody else locks, which Windows would start all the same. False when it can't be read
+/// for another reason: that is no proof of other bytes.
 bool HoldsSomethingElse(HANDLE file, std::span<const char> bytes) {
     std::array<char, 65536> chunk{};
     DWORD count = 0;
@@ -67,7 +68,7 @@ bool HoldsSomethingElse(HANDLE file, std::span<const char> bytes) {
             return true;
         bytes = bytes.subspan(read.size());
     }
-    return false;
+    return GetLastError() == ERROR_LOCK_VIOLATION;
 }
 
 UniqueHandle RunElevated(const std::wstring& path) {
@@ -120,7 +121,7 @@ UniqueHandle ExtractAndRunInstaller() {
     const std::wstring path = TempPath(LR"(Vellumkit\Vellumkit Installer.exe)");
     const auto written = ExtractPayload(path);
     const UniqueHandle kept = KeepFromChanging(path); // until the shell has started it
-    if (written && HoldsSomethingElse(kept.Get(), *written))
+    if (written && kept && HoldsSomethingElse(kept.Get(), *written))
         ThrowWin32Error(ERROR_SHARING_VIOLATION); // somebody else wrote to it
     return RunElevated(path);
 }

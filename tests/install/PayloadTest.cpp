@@ -264,10 +264,21 @@ TEST_F(ShellExecution, HappensForAFileThatSomebodyElseHasOpenForWriting) {
 }
 
 TEST_F(ShellExecution, HappensForAFileThatCannotBeRead) {
-    const ImportPatch<decltype(ReadFile)> read(
-        "ReadFile", [](HANDLE, LPVOID, DWORD, LPDWORD, LPOVERLAPPED) -> BOOL { return FALSE; });
+    const ImportPatch<decltype(ReadFile)> read("ReadFile", [](HANDLE, LPVOID, DWORD, LPDWORD, LPOVERLAPPED) -> BOOL {
+        SetLastError(ERROR_IO_DEVICE);
+        return FALSE;
+    });
     ExtractAndRunInstaller();
     EXPECT_TRUE(WasAsked());
+}
+
+TEST_F(ShellExecution, DoesNotHappenForAFileThatSomebodyLocks) {
+    const ImportPatch<decltype(ReadFile)> read("ReadFile", [](HANDLE, LPVOID, DWORD, LPDWORD, LPOVERLAPPED) -> BOOL {
+        SetLastError(ERROR_LOCK_VIOLATION);
+        return FALSE;
+    });
+    EXPECT_EQ(ThrownBy([] { ExtractAndRunInstaller(); }), HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION));
+    EXPECT_FALSE(WasAsked());
 }
 
 TEST_F(ShellExecution, HappensForAFileThatWasNotWrittenWhole) {
