@@ -3,7 +3,13 @@
 #include <csignal>
 #include <exception>
 
+// As in werapi.h, which does not compile in mingw-w64.
+extern "C" __declspec(dllimport) HRESULT WINAPI WerSetFlags(DWORD flags);
+
 namespace {
+
+/// WER_FAULT_REPORTING_NO_UI: Windows' error reporting shows no window.
+constexpr DWORD WithoutUi = 0x20;
 
 LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* /*exception*/) {
     EndProcessAbnormally();
@@ -29,4 +35,5 @@ void EndProcessOnUncaughtErrors() {
     std::signal(SIGABRT, OnAbort);
     EndProcessOnProcessorFaults();
     HeapSetInformation(nullptr, HeapEnableTerminationOnCorruption, nullptr, 0);
+    WerSetFlags(WithoutUi); // it would show that end
 }

@@ -169,6 +169,7 @@ constexpr Function Table[] = {
     Fails("GetUserDefaultLocaleName", Zero("ERROR_INSUFFICIENT_BUFFER", ERROR_INSUFFICIENT_BUFFER)),
     Fails("HeapAlloc", JustNull),
     Fails("HeapFree", InvalidHandle),
+    Fails("WerSetFlags", OutOfMemory),
     Fails("HeapSetInformation", Zero("ERROR_INVALID_PARAMETER", ERROR_INVALID_PARAMETER)),
     Safe("InitializeCriticalSection", "has not failed since Windows Vista"),
     Safe("IsDBCSLeadByteEx", AnswerNoFailure),

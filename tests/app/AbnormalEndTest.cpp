@@ -5,6 +5,7 @@
 #include <csignal>
 #include <exception>
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace {
 
@@ -37,4 +38,15 @@ TEST_F(AbnormalEnd, ComesForACorruptHeapToo) {
         });
     EndProcessOnUncaughtErrors();
     EXPECT_EQ(calls, 1);
+}
+
+TEST_F(AbnormalEnd, IsNotShownByErrorReporting) {
+    static std::vector<DWORD> flags;
+    flags.clear();
+    const ImportPatch<HRESULT WINAPI(DWORD)> set("WerSetFlags", [](DWORD value) -> HRESULT {
+        flags.push_back(value);
+        return E_FAIL;
+    });
+    EndProcessOnUncaughtErrors();
+    EXPECT_EQ(flags, std::vector<DWORD>{0x20}); // WER_FAULT_REPORTING_NO_UI
 }
