@@ -23,13 +23,14 @@ namespace {
 
 struct Preparation {
     Preparation() {
+        SuppressCriticalErrorBoxes(); // before a library is loaded, which may be damaged
         LimitLibrarySearch();
         SetDpiAwareness(); // before anything can ask for a size
     }
 };
 
 #if defined(__MINGW32__)
-// mingw-w64 copies the command line before any initialiser runs, and doesn't look whether there was memory for it.
+// mingw-w64 copies the command line before any constructor runs, and doesn't look whether there was memory for it.
 [[gnu::section(".CRT$XCU"), gnu::used]] void (*const BeforeTheRunTimeLibrary)() = EndProcessOnProcessorFaults;
 #endif
 
@@ -41,7 +42,6 @@ struct Preparation {
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, wchar_t* commandLine, int /*show*/) {
     EndProcessOnUncaughtErrors();
-    SuppressCriticalErrorBoxes();
     _com_util::CheckError(CoInitialize(nullptr)); // a failure is caught by nobody
     StartGraphics();
     LoadLocalizedStrings(SelectUiLanguage());

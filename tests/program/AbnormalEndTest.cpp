@@ -68,6 +68,13 @@ TEST_F(AbnormalEnd, IsAtOnceAndWithoutADialogWhenComCannotBeInitialised) {
     EXPECT_FALSE(std::filesystem::exists(Target())) << "nothing may be installed";
 }
 
+// The first call of malloc is one of the compiler's start-up code. strlen takes the number of bytes for an address.
+TEST_F(AbnormalEnd, IsThatOfAFaultInTheStartUpCodeToo) {
+    const Program program(CopyFrontEndThatCalls("strlen", "malloc"), L"/config x", Temporary());
+    EXPECT_EQ(program.ExitCode(), StatusFatalAppExit);
+    EXPECT_TRUE(Logged().empty());
+}
+
 TEST_P(MissingImport, EndsTheProcessAtOnceAndWithoutADialog) {
     std::filesystem::path program = CopyFrontEnd();
     for (const char* name : GetParam().names)

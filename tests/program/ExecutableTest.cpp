@@ -89,9 +89,22 @@ TEST_F(Executable, SetsItsDpiAwarenessBeforeItsEntryPointCallsAnything) {
     EXPECT_FALSE(std::filesystem::exists(library));
 }
 
-// ExitProcess in the place of the function that is to be given the mode ends the process with it.
+// What limits the search ends the process instead, before DeleteFileW in the place of the first load.
+TEST_F(Executable, LimitsTheSearchForLibrariesBeforeItLoadsOne) {
+    const std::filesystem::path program = CopyFrontEndThatCalls("ExitProcess", "SetDllDirectoryW");
+    LetCall(program, "DeleteFileW", "LoadLibraryExW");
+    const std::filesystem::path folder = std::filesystem::path(Temporary()) / "current";
+    std::filesystem::create_directory(folder);
+    std::ofstream(folder / "shcore.dll") << "no library";
+    EXPECT_NE(Program(program, L"", Temporary(), folder).ExitCode(), AbnormalExitCode);
+    EXPECT_TRUE(std::filesystem::exists(folder / "shcore.dll"));
+}
+
+// ExitProcess in the place of the function that is to be given the mode ends the process with it; where it stands for
+// the loading of a library, it would end it with something else.
 TEST_F(Executable, LetsCriticalErrorsShowNoBoxFromItsStart) {
     const std::filesystem::path program = CopyFrontEndThatCalls("ExitProcess", "SetThreadErrorMode");
+    LetCall(program, "ExitProcess", "LoadLibraryExW");
     EXPECT_EQ(Program(program, L"/config x", Temporary()).ExitCode(),
               static_cast<DWORD>(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX));
     EXPECT_TRUE(Logged().empty());
