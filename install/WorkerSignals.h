@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <atomic>
+
 // What worker and window use to reach each other, apart from the screens (install/ScreenState.h). Plain values, which
 // the main thread writes before the worker's thread exists, unless a line says otherwise. They live as long as the
 // process.
@@ -16,5 +18,5 @@ inline HANDLE ContinueEvent = nullptr;
 /// Auto-reset. Signalled by the worker when it returns because of `ExitRequested`.
 inline HANDLE WorkerDoneEvent = nullptr;
 
-/// The window is gone. Written by the main thread before it signals `ContinueEvent`, which orders the write.
-inline bool ExitRequested = false;
+/// The window is gone. Written by the main thread before it signals `ContinueEvent`.
+inline std::atomic<bool> ExitRequested = false;

@@ -164,7 +164,7 @@ TEST_F(WorkerThread, HasEndedWhenItIsStopped) {
         [](void*) -> DWORD {
             WaitForSingleObject(ContinueEvent, INFINITE);
             Sleep(50); // what is left of a pass
-            ended = ExitRequested;
+            ended = ExitRequested.load();
             SetEvent(WorkerDoneEvent);
             return 0;
         },
