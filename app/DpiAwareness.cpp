@@ -16,7 +16,7 @@ void SetDpiAwareness() {
     const HMODULE library = LoadSystemLibrary(L"shcore.dll");
     if (library == nullptr)
         return;
-    // What the function is in the end a part of. Wine's shcore.dll loads it by itself, and searches everywhere.
+    // It does the work. Wine's shcore.dll would load it during the call, and search beside the program first.
     LoadSystemLibrary(L"user32.dll");
     const FARPROC function = GetProcAddress(library, "SetProcessDpiAwareness");
     if (function != nullptr)

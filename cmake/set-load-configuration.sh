@@ -36,6 +36,7 @@ section=$("$objdump" --section-headers "$program" | awk '$2 == ".ldcfg" { print 
 read -r address offset <<<"$section"
 header=$(number_at 60 4)
 directory=$((header + 216)) # IMAGE_DIRECTORY_ENTRY_LOAD_CONFIG of a 64-bit program
+[ "$(number_at $directory 4)" = 0 ] || { echo "${0##*/}: the header of $program names one already" >&2; exit 1; }
 address=$((address - $(number_at $((header + 48)) 8)))
 size=$(number_at "$((offset))" 4)
 put_32_bits_at $directory $address

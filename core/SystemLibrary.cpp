@@ -13,7 +13,7 @@ bool IsRedirected(const wchar_t* name) {
 
 /// For a Windows 7 without the update that brought the flags of the search (KB2533623).
 HMODULE LoadByPath(const wchar_t* name) {
-    // Only a bare name is redirected, and one that is gets searched for nowhere.
+    // Only a bare name is redirected, and then Windows does not search for it.
     if (IsRedirected(name))
         return LoadLibraryExW(name, nullptr, 0);
     std::array<wchar_t, MAX_PATH> folder{};

@@ -4,6 +4,7 @@
 
 /// Loads a library of Windows by its bare name, and leaves it loaded. It comes from where the manifest or Windows
 /// itself redirects that name, as that of the common controls, or else from the system folder, and from nowhere else.
-/// The same holds for the libraries that it needs. Null with the error in GetLastError when that fails. Any thread,
+/// The same holds for the libraries that it needs, but for a redirected one on a Windows 7 that lacks the update of the
+/// search (KB2533623). Null with the error in GetLastError when that fails. Any thread,
 /// also before the entry point runs.
 HMODULE LoadSystemLibrary(const wchar_t* name);
