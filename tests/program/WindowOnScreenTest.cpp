@@ -22,6 +22,9 @@ protected:
 /// it brings, GDI+ has a generic family all the same.
 using WindowWithoutFonts = WindowOnScreen;
 
+/// At 96 DPI.
+using WindowWithoutResolution = WindowOnScreen;
+
 } // namespace
 
 TEST_F(WindowOnScreen, HasTheSizesOfItsLayout) {
@@ -30,13 +33,6 @@ TEST_F(WindowOnScreen, HasTheSizesOfItsLayout) {
     EXPECT_EQ(ClientAreaOf(screen.Window()), layout_.client);
     EXPECT_EQ(AreaWithin(screen.Window(), screen.Primary()), layout_.primary);
     EXPECT_EQ(AreaWithin(screen.Window(), screen.Secondary()), layout_.secondary);
-}
-
-// AbortDoc has nothing to abort there, and fails: its answer is not positive.
-TEST_F(WindowOnScreen, HasTheSizesOf96DpiWhereTheScreenTellsNoResolution) {
-    const Program program(CopyFrontEndThatCalls("AbortDoc", "GetDeviceCaps"), L"", Temporary());
-    const InstallerScreen screen(program);
-    EXPECT_EQ(ClientAreaOf(screen.Window()), Gdiplus::Rect(0, 0, 400, 200));
 }
 
 TEST_F(WindowOnScreen, StandsInTheMiddleUnderItsTitle) {
@@ -78,6 +74,14 @@ TEST_F(WindowOnScreen, ShowsLogoTextBandAndButtonsInTheirPlaces) {
     const Gdiplus::Rect between(layout_.secondary.GetRight(), layout_.band.Y,
                                 layout_.primary.X - layout_.secondary.GetRight(), layout_.band.Height);
     EXPECT_TRUE(IsFilled(seen, between, LightGrey));
+}
+
+// AbortDoc has nothing to abort there, and fails: its answer is not positive.
+TEST_F(WindowWithoutResolution, HasTheSizesOf96Dpi) {
+    const Program program(CopyFrontEndThatCalls("AbortDoc", "GetDeviceCaps"), L"", Temporary());
+    const InstallerScreen screen(program);
+    EXPECT_EQ(ClientAreaOf(screen.Window()), Gdiplus::Rect(0, 0, 400, 200));
+    EXPECT_EQ(AreaWithin(screen.Window(), screen.Primary()), Gdiplus::Rect(260, 167, 120, 26));
 }
 
 TEST_F(WindowWithoutFonts, ShowsItsTextInTheGenericFamilyOrElseEverythingButText) {
