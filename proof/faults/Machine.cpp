@@ -76,6 +76,13 @@ std::uint64_t Hash(const void* data, std::size_t size, std::uint64_t hash = 0xCB
     return hash;
 }
 
+/// Whether an enumeration goes on. Throws when it can't: what it does not show could not be compared.
+bool IsThere(LSTATUS status) {
+    if (status != ERROR_SUCCESS && status != ERROR_NO_MORE_ITEMS)
+        throw std::runtime_error("HKEY_CURRENT_USER can't be read, error " + std::to_string(status));
+    return status == ERROR_SUCCESS;
+}
+
 void Collect(HKEY parent, const std::wstring& path, Settings& settings) {
     settings[path + L'\\'] = 0;
     std::array<wchar_t, 512> name{};
@@ -84,13 +91,13 @@ void Collect(HKEY parent, const std::wstring& path, Settings& settings) {
         auto length = static_cast<DWORD>(name.size());
         auto size = static_cast<DWORD>(data.size());
         DWORD type = 0;
-        if (RegEnumValueW(parent, index, name.data(), &length, nullptr, &type, data.data(), &size) != ERROR_SUCCESS)
+        if (!IsThere(RegEnumValueW(parent, index, name.data(), &length, nullptr, &type, data.data(), &size)))
             break;
         settings[path + L'\\' + name.data()] = Hash(data.data(), size, type + 1);
     }
     for (DWORD index = 0;; ++index) {
         auto length = static_cast<DWORD>(name.size());
-        if (RegEnumKeyExW(parent, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+        if (!IsThere(RegEnumKeyExW(parent, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr)))
             break;
         UniqueRegistryKey key;
         if (RegOpenKeyExW(parent, name.data(), 0, KEY_READ, key.Receive()) == ERROR_SUCCESS)

@@ -33,7 +33,7 @@ struct Scenario {
 /// The scenarios, the shortest first.
 const std::vector<Scenario>& Scenarios();
 
-/// The values of HKEY_CURRENT_USER by their paths: hashes of their types and data. A key's own hash stands under its
+/// The values of HKEY_CURRENT_USER by their paths: hashes of their types and data. A key itself stands with 0 under its
 /// path and a backslash.
 using Settings = std::map<std::wstring, std::uint64_t>;
 

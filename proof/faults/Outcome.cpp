@@ -156,6 +156,13 @@ std::string WindowOutcome(const Scenario& scenario, const Conduct& conduct) {
     return conduct.hung ? "no result" : "none";
 }
 
+/// Whether a run that failed, or left something undone, has a log that could be written and tells of no error.
+bool EndsWithoutAWord(const Outcome& outcome) {
+    if (outcome.log == "none" || outcome.log == "cut off" || outcome.log.find("ERROR: ") != std::string::npos)
+        return false;
+    return outcome.exitCode == "1" || (outcome.exitCode == "0" && !outcome.left.starts_with("everything"));
+}
+
 } // namespace
 
 std::vector<std::wstring> EntriesOf(const std::string& log) {
@@ -197,6 +204,8 @@ Outcome Judge(const Scenario& scenario, const Conduct& conduct, const Remains& r
         Append(outcome.surprises, "exit code");
     if (static_cast<std::size_t>(exchange.payloadStarts) > std::max<std::size_t>(1, conduct.screens.size()))
         Append(outcome.surprises, "an installation that nobody asked for");
+    if (EndsWithoutAWord(outcome))
+        Append(outcome.surprises, "half done without a word");
     for (const std::wstring& dialog : conduct.dialogs)
         Append(outcome.surprises, "dialog " + Utf8(dialog));
     if (exchange.damagedPayloads != 0 && !writesFail)

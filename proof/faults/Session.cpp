@@ -11,19 +11,19 @@
 namespace {
 
 /// What an undisturbed installation takes a small part of, in milliseconds.
-constexpr ULONGLONG EndLimit = 15000;
+constexpr ULONGLONG EndLimit = 30000;
 /// From when on somebody looks for windows that should not be there.
 constexpr ULONGLONG Patience = 400;
 /// How often it looks for windows while it waits for nothing in particular.
 constexpr ULONGLONG LookInterval = 50;
 /// The time that a window is given to show what the worker has posted.
-constexpr UINT ScreenLimit = 1500;
+constexpr UINT ScreenLimit = 5000;
 
 constexpr wchar_t InstallerClass[] = L"WC_VELLUMKIT_INSTALLER";
 constexpr wchar_t DialogClass[] = L"#32770";
 constexpr wchar_t QuestionTitle[] = L"Vellumkit Installer";
 
-[[noreturn]] void Give(const char* what) {
+[[noreturn]] void ThrowLastError(const char* what) {
     throw std::runtime_error(std::string(what) + ", error " + std::to_string(GetLastError()));
 }
 
@@ -34,16 +34,16 @@ void Inject(HANDLE process, const std::filesystem::path& library) {
     const SIZE_T size = (path.size() + 1) * sizeof(wchar_t);
     void* const place = VirtualAllocEx(process, nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
     if (place == nullptr || !WriteProcessMemory(process, place, path.c_str(), size, nullptr))
-        Give("cannot write into the installer");
+        ThrowLastError("cannot write into the installer");
     auto* const load = reinterpret_cast<LPTHREAD_START_ROUTINE>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "LoadLibraryW")));
     const UniqueHandle thread(CreateRemoteThread(process, nullptr, 0, load, place, 0, nullptr));
     if (!thread)
-        Give("cannot start a thread in the installer");
+        ThrowLastError("cannot start a thread in the installer");
     WaitForSingleObject(thread.Get(), INFINITE);
     DWORD loaded = 0;
     if (!GetExitCodeThread(thread.Get(), &loaded) || loaded == 0)
-        Give("the installer does not load the library");
+        ThrowLastError("the installer does not load the library");
 }
 
 struct OpenWindows {
@@ -222,7 +222,7 @@ ExchangeSection::ExchangeSection()
                                   SectionName().c_str())),
       exchange_(static_cast<Exchange*>(MapViewOfFile(section_.Get(), FILE_MAP_ALL_ACCESS, 0, 0, sizeof(Exchange)))) {
     if (exchange_ == nullptr)
-        Give("cannot make a section");
+        ThrowLastError("cannot make a section");
     SetEnvironmentVariableW(ExchangeVariable, SectionName().c_str());
 }
 
@@ -240,7 +240,7 @@ Conduct RunInstaller(const std::filesystem::path& installer, const std::filesyst
     PROCESS_INFORMATION information{};
     if (!CreateProcessW(installer.c_str(), commandLine.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr,
                         machine.Current().c_str(), &startup, &information))
-        Give("cannot start the installer");
+        ThrowLastError("cannot start the installer");
     const UniqueHandle process(information.hProcess);
     const UniqueHandle thread(information.hThread);
     exchange.mainThread = information.dwThreadId;
