@@ -71,5 +71,8 @@ failed=0
 for process in "${running[@]}"; do
     wait "$process" || failed=1
 done
-[ $failed = 0 ] && [ "$(count_results)" = "$total" ] || { tail -n 3 "$folder"/*.log >&2; exit 1; }
+if [ $failed != 0 ] || [ "$(count_results)" != "$total" ]; then
+    tail -n 3 "$folder"/*.log >&2
+    exit 1
+fi
 on_machine 0 document "$folder/results" docs/faults.md
