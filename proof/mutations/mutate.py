@@ -20,6 +20,7 @@ from tree import PLACE, ROOT, Broken, Tree, fingerprint  # noqa: E402
 
 FOLDERS = ("app", "ui", "install", "checks", "core")
 BUILT = ("app/", "ui/", "install/", "checks/", "core/", "resources/", "lab/", "tests/", "cmake/", "CMake*")
+REACHES = ("quick", "usual", "thorough")
 RESULTS = PLACE / "results.tsv"
 EXPLANATIONS = ROOT / "docs/proof.md"
 
@@ -32,7 +33,7 @@ class Result:
     place: str
     kind: str
     seconds: str
-    built: str  # a fingerprint of all that was built and tested
+    built: str  # a fingerprint of all that was built and tested, and the tests' reach
     description: str
 
     @property
@@ -82,7 +83,7 @@ class Campaign:
     """What is to be tried, and what has come of it; shared by all who try."""
 
     def __init__(self, arguments):
-        self.thorough = arguments.thorough
+        self.reach = arguments.reach
         self.changes = all_changes(arguments.seed)
         self.wanted = quotas(self.changes, arguments.count, arguments.least)
         patterns = arguments.files or ["*"]
@@ -92,16 +93,28 @@ class Campaign:
         self.retries = not arguments.report  # survivors, when something that is built has changed since
         self.results = read_results()
         self.lock = threading.Lock()
+        self.checking = threading.Lock()
         self.next = dict.fromkeys(self.wanted, 0)
         self.counted = {path: [] for path in self.wanted}
         self.running = Counter()
         self.failure = None
 
+    def check(self, tree):
+        """That the unchanged sources pass their tests; in one tree, they all have the same."""
+        mark = PLACE / f"checked-{self.reach}"
+        with self.checking:
+            if not mark.exists() or mark.read_text() != self.built:
+                tree.check(self.reach)
+                mark.write_text(self.built)
+
     def is_settled(self, change):
         result = self.results.get(change.key)
         if result is None:
             return False
-        return result.outcome != "survived" or result.built == self.built or not self.retries
+        if result.outcome != "survived" or not self.retries:
+            return True
+        built, reach = result.built.split()
+        return built == self.built and REACHES.index(reach) >= REACHES.index(self.reach)
 
     def take(self):
         """The next change that has to be tried, of the file that has most of its changes ahead; none at the end."""
@@ -133,7 +146,7 @@ class Campaign:
     def settle(self, change, outcome, noticed_by, seconds):
         with self.lock:
             result = Result(change.key, outcome, noticed_by, f"{change.path}:{change.line}", change.kind,
-                            f"{seconds:.0f}", self.built, change.description)
+                            f"{seconds:.0f}", f"{self.built} {self.reach}", change.description)
             self.results[change.key] = result
             with RESULTS.open("a") as file:
                 print(*vars(result).values(), sep="\t", file=file)
@@ -176,13 +189,10 @@ def work(campaign, number):
     try:
         tree = Tree(number)
         tree.prepare()
-        mark = PLACE / f"tree-{number}.checked"
-        if not mark.exists() or mark.read_text() != campaign.built:
-            tree.check()
-            mark.write_text(campaign.built)
+        campaign.check(tree)
         while (change := campaign.take()) is not None:
             begin = time.monotonic()
-            outcome, noticed_by = tree.judge(change, campaign.thorough)
+            outcome, noticed_by = tree.judge(change, campaign.reach)
             campaign.settle(change, outcome, noticed_by, time.monotonic() - begin)
     except Broken as failure:
         campaign.stop(str(failure))
@@ -196,8 +206,9 @@ def arguments_of_command_line():
     parser.add_argument("--count", type=int, default=400, help="how many, about (default: 400)")
     parser.add_argument("--least", type=int, default=2, help="and at least so many of each file (default: 2)")
     parser.add_argument("--jobs", type=int, default=2, help="copies of the tree, which work side by side (default: 2)")
-    parser.add_argument("--thorough", action="store_true",
-                        help="try what survives also on the tests that wait for real, and those of the lab's scripts")
+    parser.add_argument("--reach", choices=REACHES, default="usual",
+                        help="quick: the unit and window tests; thorough: also those of the program that wait for real,"
+                             " and those of the lab's scripts")
     parser.add_argument("--list", action="store_true", help="list the changes in their order, and try none")
     parser.add_argument("--report", action="store_true", help="say what has come of those that were tried; try none")
     parser.add_argument("files", nargs="*", metavar="PATTERN", help="only of these files: 'core/*'")
