@@ -107,8 +107,8 @@ class Source:
         excluded = set()
         for index, token in enumerate(self.tokens):
             end = index
-            if token.text in ("using", "template", "static_assert"):
-                end = next(later for later in range(index, len(self.tokens)) if self.tokens[later].text in ";>")
+            if token.text in ("using", "template", "static_assert", "extern"):
+                end = next(later for later in range(index, len(self.tokens)) if self.tokens[later].text in (";", ">", "{"))
             elif token.text == "enum":
                 end = next(later for later in range(index, len(self.tokens)) if self.tokens[later].text == "{")
                 end = self.closing[end]
@@ -207,12 +207,19 @@ class Source:
         if self._declares(elements):
             return
         for left, right in zip(elements, elements[1:]):
-            if self._text_of(*left) != self._text_of(*right):
+            if self._text_of(*left) != self._text_of(*right) and self._may_be_alike(left, right):
                 yield self._swap("order", left, right)
         if self.tokens[opening].text == "{" and len(elements) > 1:
             for first, last in elements:
                 following = self.tokens[last + 1].text == ","
                 yield self._replace("constant", first, last + 1 if following else last, "")
+
+    def _may_be_alike(self, left, right):
+        """Not a text and what has no name: they are not of one type."""
+        is_text = [first == last and self.tokens[first].kind == "text" for first, last in (left, right)]
+        is_name = [first == last and self.tokens[first].kind == "name" and self.tokens[first].text != "nullptr"
+                   for first, last in (left, right)]
+        return is_text[0] == is_text[1] or is_text[0] and is_name[1] or is_name[0] and is_text[1]
 
     def _needs_inversion(self, first, end):
         """Whether another operator alone does not invert the condition."""
@@ -278,8 +285,15 @@ class Source:
             end = self.closing.get(end, end) + 1
             if end == len(self.tokens) or self.tokens[end].text in OPENING.values():
                 return
-        if not self._is_declaration(self.tokens[index:end]):
+        if not self._is_declaration(self.tokens[index:end]) and not self._ends_function(index, end):
             yield self._replace("statement", index, end, "{}")
+
+    def _ends_function(self, index, end):
+        """Whether this returns a function's value at its end, where something must."""
+        opening = self._innermost(index)
+        return (self.tokens[index].text == "return" and end > index + 1 and self.tokens[end + 1].text == "}"
+                and self.tokens[opening - 1].text not in ("else", "do", "try")
+                and not (self.tokens[opening - 1].text == ")" and self._follows_head(opening - 1)))
 
     def _begins_statement(self, index):
         token = self.tokens[index]
@@ -304,14 +318,15 @@ class Source:
 
     def _in_code(self, index):
         """Whether the innermost brackets around the token are those of a function's body or a block in it."""
-        around = [first for first, last in self.closing.items() if first < index < last]
-        if not around:
-            return False
-        opening = max(around)
+        opening = self._innermost(index)
         if self.tokens[opening].text != "{" or opening == 0:
             return False
         before = self.tokens[opening - 1].text
         return before in (")", "]", "else", "do", "try", "const", "noexcept", "override", "mutable", ":")
+
+    def _innermost(self, index):
+        """The bracket that opens last before the token and is not closed; else the first token."""
+        return max((first for first, last in self.closing.items() if first < index < last), default=0)
 
     @staticmethod
     def _is_declaration(words):

@@ -203,7 +203,7 @@ def work(campaign, number):
 def arguments_of_command_line():
     parser = argparse.ArgumentParser(prog="./prove.sh mutations", description=__doc__)
     parser.add_argument("--seed", default="1", help="which of the possible changes are tried (default: 1)")
-    parser.add_argument("--count", type=int, default=400, help="how many, about (default: 400)")
+    parser.add_argument("--count", type=int, default=300, help="how many, about (default: 300)")
     parser.add_argument("--least", type=int, default=2, help="and at least so many of each file (default: 2)")
     parser.add_argument("--jobs", type=int, default=2, help="copies of the tree, which work side by side (default: 2)")
     parser.add_argument("--reach", choices=REACHES, default="usual",

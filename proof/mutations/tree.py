@@ -79,7 +79,7 @@ class Tree:
                     path.unlink()
         if not (self.build / "build.ninja").exists():
             self._need(["cmake", "--preset", "release"])
-        self._need(["cmake", "--build", "--preset", "release"])
+        self._need(["cmake", "--build", "--preset", "release", "--target", "unit-tests", "window-tests"])
 
     def _copy(self, path):
         target = self.place / path
@@ -128,7 +128,10 @@ class Tree:
             noticed = self._red(self.build / f"tests/{program}.exe", 60)
             if noticed:
                 raise Broken(f"without a change, {program} fails: {noticed}; see {self.log}")
-        noticed = self._rest_is_red(REST) if reach != "quick" else None
+        if reach == "quick":
+            return
+        self._need(["cmake", "--build", "--preset", "release"])
+        noticed = self._rest_is_red(REST)
         if noticed:
             raise Broken(f"without a change, ctest fails: {noticed}; see {self.log}")
 
@@ -173,7 +176,7 @@ class Tree:
         output = self.scratch / "output.txt"
         twice = ["bash", "-c", '"$@" || exec "$@"', "bash"]
         command = [self.place / "lab/machine.sh", "display", *twice, self.place / "lab/machine.sh", "wine", program,
-                   "--gtest_fail_fast", "--gtest_filter=-*zh*"]
+                   "--gtest_fail_fast", "--gtest_filter=-*zh*:*RealWait*"]
         result = self._run(command, 240 + 10 * seconds, self.scratch, output)
         self._renew_prefix(result == 0)
         if result == 0:
@@ -254,7 +257,7 @@ def near_tests(path):
     found = {}
     for file in sorted(near):
         program = next((program for program, listed in programs.items() if file in listed), None)
-        if program in ("unit-tests", "window-tests"):
+        if program is not None:
             found.setdefault(program, []).append(file)
     return found
 
