@@ -17,6 +17,9 @@ struct Case {
     bool delay;
 };
 
+// Before any test changes it.
+const bool DelayAtStart = DelayOption;
+
 class CommandLine : public testing::TestWithParam<Case> {
 protected:
     void SetUp() override {
@@ -27,6 +30,10 @@ protected:
 };
 
 } // namespace
+
+TEST_F(CommandLine, ThatIsNotReadHoldsNoOption) {
+    EXPECT_FALSE(DelayAtStart);
+}
 
 TEST_P(CommandLine, IsRead) {
     ReadCommandLine(GetParam().commandLine);

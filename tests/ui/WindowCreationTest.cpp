@@ -52,6 +52,10 @@ protected:
         return Area(area);
     }
 
+    static HINSTANCE ModuleOf(HWND window) {
+        return reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(window, GWLP_HINSTANCE));
+    }
+
     static LONG StyleOf(HWND window) {
         return GetWindowLongW(window, GWL_STYLE) & ~static_cast<LONG>(WS_CLIPSIBLINGS); // which Windows adds
     }
@@ -64,6 +68,7 @@ TEST_F(WindowCreation, IsTitledVellumkitAndHasAFixedSize) {
     EXPECT_EQ(StyleOf(MainWindow), 0x12CA0000);
     EXPECT_EQ(GetWindowLongW(MainWindow, GWL_EXSTYLE) & ~WS_EX_WINDOWEDGE, 0); // which Windows adds
     EXPECT_EQ(GetMenu(MainWindow), nullptr);
+    EXPECT_EQ(ModuleOf(MainWindow), InstanceHandle);
     EXPECT_TRUE(IsWindowVisible(MainWindow));
 }
 
@@ -147,6 +152,7 @@ TEST_F(WindowCreation, HasTwoHiddenPushButtons) {
         EXPECT_EQ(GetWindowLongW(button, GWL_EXSTYLE), 0);
         EXPECT_EQ(GetDlgCtrlID(button), 0);
         EXPECT_EQ(GetParent(button), MainWindow);
+        EXPECT_EQ(ModuleOf(button), InstanceHandle);
         std::array<wchar_t, 64> name{};
         GetClassNameW(button, name.data(), static_cast<int>(name.size()));
         EXPECT_STREQ(name.data(), L"Button");
