@@ -7,6 +7,7 @@
 #include "tests/support/User.h"
 #include "tests/support/WaitUntil.h"
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 
@@ -18,12 +19,20 @@ class ElevatedInstallerFate : public WindowedMachine {
 protected:
     /// The process of the elevated installer, as soon as it runs, and so has been started.
     UniqueHandle AwaitPayload() const {
-        std::vector<DWORD> ids;
+        UniqueHandle payload;
         WaitUntil("the elevated installer", [&] {
-            ids = ProcessesNamed(L"Vellumkit Installer.exe");
-            return PayloadHasRun() && !ids.empty();
+            for (const DWORD id : ProcessesNamed(L"Vellumkit Installer.exe")) {
+                payload = UniqueHandle(OpenProcess(Access, FALSE, id));
+                if (payload && RunsPayload(payload.Get()))
+                    return PayloadHasRun();
+            }
+            return false;
         });
-        return UniqueHandle(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, ids[0]));
+        return payload;
+    }
+
+    static void Kill(const UniqueHandle& payload, UINT exitCode) {
+        EXPECT_TRUE(TerminateProcess(payload.Get(), exitCode)) << "error " << GetLastError();
     }
 
     bool PayloadHasRun() const { return fs::exists(Temporary() + L"Vellumkit_Elev.log"); }
@@ -39,6 +48,19 @@ protected:
         return {L"ERROR: Installer reported failure: " + std::to_wstring(code),
                 LogOfFailure(SystemErrorText(static_cast<HRESULT>(code)))};
     }
+
+private:
+    static constexpr DWORD Access = PROCESS_TERMINATE | PROCESS_QUERY_LIMITED_INFORMATION | SYNCHRONIZE;
+
+    /// Neither one of another test that is still listed nor one that has ended.
+    bool RunsPayload(HANDLE process) const {
+        std::array<wchar_t, 1024> file{};
+        DWORD length = file.size();
+        std::error_code missing;
+        return WaitForSingleObject(process, 0) == WAIT_TIMEOUT &&
+               QueryFullProcessImageNameW(process, 0, file.data(), &length) &&
+               fs::equivalent(file.data(), Target(), missing);
+    }
 };
 
 constexpr int Hanging = 50000; // milliseconds, longer than the test
@@ -52,7 +74,7 @@ TEST_F(ElevatedInstallerFate, HangingIsWaitedForWithoutALimitAndEndsThePassWhenI
     const Program frontEnd = Start(L"/config \"" + Configuration(L"0", Hanging) + L'"');
     const UniqueHandle payload = AwaitPayload();
     EXPECT_EQ(WaitForSingleObject(frontEnd.Handle(), 4000), static_cast<DWORD>(WAIT_TIMEOUT));
-    TerminateProcess(payload.Get(), 0xC000013A);
+    Kill(payload, 0xC000013A);
     EXPECT_EQ(frontEnd.ExitCode(), 1U);
     ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfExitCode(0xC000013A)}));
     EXPECT_EQ(GetValue(InternetSettings, L"SecureProtocols"), std::nullopt);
@@ -60,7 +82,7 @@ TEST_F(ElevatedInstallerFate, HangingIsWaitedForWithoutALimitAndEndsThePassWhenI
 
 TEST_F(ElevatedInstallerFate, KilledWithoutAnErrorCodeCountsAsSuccess) {
     const Program frontEnd = Start(L"/config \"" + Configuration(L"5", Hanging) + L'"');
-    TerminateProcess(AwaitPayload().Get(), 0);
+    Kill(AwaitPayload(), 0);
     EXPECT_EQ(frontEnd.ExitCode(), 0U);
     ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfRepair()}));
 }
@@ -74,7 +96,7 @@ TEST_F(ElevatedInstallerFate, HangingOutlastsTheWindow) {
     screen.ClickCloseBox();
     screen.AwaitEnd();
     EXPECT_EQ(WaitForSingleObject(frontEnd.Handle(), 2000), static_cast<DWORD>(WAIT_TIMEOUT));
-    TerminateProcess(payload.Get(), 9);
+    Kill(payload, 9);
     EXPECT_EQ(frontEnd.ExitCode(), 0U);
     ExpectLog(Joined({LogOfSearch(),
                       LogOfExtraction(),
