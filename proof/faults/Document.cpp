@@ -42,7 +42,7 @@ bool ChangesNothing(const Result& result) {
            result.log == "as usual" && result.left == "everything";
 }
 
-/// The runtime of another compiler calls functions that the document's one does not. Only the start-up does so.
+/// The runtime of another compiler calls other functions than that of the document's does. Only the start-up does so.
 bool IsHarmless(const Result& result) {
     return ChangesNothing(result) || (result.exitCode == "0x40000015" && result.left == "nothing");
 }
@@ -207,6 +207,21 @@ void WriteDocument(const std::filesystem::path& document, const std::vector<Resu
     WriteExplanations(stream, results);
     WriteSafeFunctions(stream);
     stream << '\n' << text.substr(end);
+}
+
+std::vector<std::string> Uncalled(const std::filesystem::path& document, const std::set<std::string>& called) {
+    std::vector<std::string> complaints;
+    const std::set<std::size_t> startUp{StepNumber("start-up")};
+    std::set<std::string> needed;
+    for (const auto& [row, steps] : ReadTable(document, complaints)) {
+        if (steps != startUp) // another compiler's runtime calls others there
+            needed.insert(std::get<0>(row));
+    }
+    for (const std::string& function : needed) {
+        if (!called.contains(function))
+            complaints.push_back("documented, but never called: " + function);
+    }
+    return complaints;
 }
 
 std::vector<std::string> Compare(const std::filesystem::path& document, const std::vector<Result>& results) {

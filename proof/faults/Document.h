@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,9 @@ std::string Explanation(const Result& result);
 
 /// Writes the table of all results between the document's marks; what stands around it stays.
 void WriteDocument(const std::filesystem::path& document, const std::vector<Result>& results);
+
+/// A line for every function of the document that is not among those of the calls, `called`.
+std::vector<std::string> Uncalled(const std::filesystem::path& document, const std::set<std::string>& called);
 
 /// A line for every result that is a surprise or has no row in the document, and for every row that is not well-formed.
 std::vector<std::string> Compare(const std::filesystem::path& document, const std::vector<Result>& results);

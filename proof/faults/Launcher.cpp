@@ -5,16 +5,19 @@
 //                                                 shares the one with that number, counted from 0
 //     fault-launcher document RESULTS DOCUMENT    writes what came of them into the document
 //     fault-launcher sample NUMBER SHARE COUNT    performs the share of the first ones of a plan and compares what came
-//                                                 of them with faults.md beside this program
+//                                                 of them with faults.md beside this program, and the functions
+//                                                 that are called with its
 //
 // The exit code is 1 when something differs or fails.
 
 #include "core/TempPath.h"
 #include "proof/faults/Document.h"
 #include "proof/faults/Functions.h"
-#include "proof/faults/Machine.h"
 #include "proof/faults/Outcome.h"
+#include "proof/faults/ScenarioMachine.h"
 #include "proof/faults/Session.h"
+#include "tests/support/LabPrograms.h"
+#include "tests/support/TestFolder.h"
 
 #include <windows.h>
 
@@ -38,12 +41,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-fs::path ProgramFolder() {
-    std::array<wchar_t, 1024> path{};
-    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    return fs::path(path.data()).parent_path();
-}
 
 /// A call that is to fail, as a line of the plan names it.
 struct Job {
@@ -81,10 +78,8 @@ std::vector<Job> ReadPlan(const fs::path& file) {
 /// Runs one scenario again and again on its machine.
 class Runner {
 public:
-    explicit Runner(const Scenario& scenario)
-        : scenario_(scenario),
-          machine_(scenario, fs::path(TempPath(L"faults")), ProgramFolder().parent_path() / "lab") {
-        payloadSize_ = fs::file_size(ProgramFolder().parent_path() / "lab" / "elevated-installer.exe");
+    explicit Runner(const Scenario& scenario) : scenario_(scenario), machine_(scenario, fs::path(TempPath(L"faults"))) {
+        payloadSize_ = fs::file_size(ElevatedInstaller());
         Perform(NoFunction, 0, 0);
         if (exchange_->unknown[0] != '\0')
             throw std::runtime_error(std::string("no row in proof/faults/Functions.cpp for: ") +
@@ -142,7 +137,7 @@ public:
 
 private:
     const Scenario& scenario_;
-    Machine machine_;
+    ScenarioMachine machine_;
     ExchangeSection exchange_;
     Conduct conduct_;
     Remains remains_;
@@ -243,12 +238,16 @@ int Complain(const std::vector<std::string>& complaints) {
 
 int RunSample(std::size_t number, std::size_t share, std::size_t count) {
     std::vector<Result> results;
+    const fs::path document = ProgramFolder() / "faults.md";
     std::vector<Job> sample = Survey();
+    std::set<std::string> called;
+    std::ranges::transform(sample, std::inserter(called, called.end()), &Job::function);
     sample.resize(std::min(number, sample.size()));
     Perform(ShareOf(sample, share, count), [&results](const Result& result) { results.push_back(result); });
     const auto reached = std::ranges::count_if(results, &Result::WasReached);
     std::cout << reached << " of " << results.size() << " calls failed\n";
-    std::vector<std::string> complaints = Compare(ProgramFolder() / "faults.md", results);
+    std::vector<std::string> complaints = Compare(document, results);
+    std::ranges::move(Uncalled(document, called), std::back_inserter(complaints));
     if (static_cast<std::size_t>(reached) * 10 < results.size() * 9)
         complaints.emplace_back("too many calls were not reached");
     return Complain(complaints);

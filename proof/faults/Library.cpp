@@ -5,7 +5,7 @@
 #include "core/Unique.h"
 #include "proof/faults/Exchange.h"
 #include "proof/faults/Functions.h"
-#include "proof/faults/Gate.h"
+#include "proof/faults/Thunk.h"
 #include "tests/support/ImportTable.h"
 
 #include <windows.h>
@@ -167,7 +167,7 @@ struct Import {
     const Function* function;
     std::uint32_t index;
     void* original;
-    void* gate;
+    void* thunk;
     Observer track;
     Observer watch;
     volatile LONG calls;
@@ -189,7 +189,7 @@ void ReportUnknown(const char* name) {
     unknown.at(known.size() + added.size()) = ' ';
 }
 
-/// What the executable gets instead of that function: a gate, or the function itself when it can't fail and nobody
+/// What the executable gets instead of that function: a thunk, or the function itself when it can't fail and nobody
 /// wants to know of its calls.
 void* Replacement(const char* name, void* original) {
     const Function* const function = FindFunction(name);
@@ -210,10 +210,10 @@ void* Replacement(const char* name, void* original) {
         ++ImportCount;
         import = {function, static_cast<std::uint32_t>(function - Functions().data()), original, nullptr, track, watch,
                   0};
-        import.gate = MakeGate(&import);
+        import.thunk = MakeThunk(&import);
     }
     ReleaseSRWLockExclusive(&ImportLock);
-    return import.gate;
+    return import.thunk;
 }
 
 /// A hash of the return addresses in the executable, from the caller outward.
@@ -316,8 +316,8 @@ bool OpenExchange() {
 
 } // namespace
 
-void* OnCall(void* gate, Registers& registers) noexcept {
-    Import& import = *static_cast<Import*>(gate);
+void* OnCall(void* context, Registers& registers) noexcept {
+    Import& import = *static_cast<Import*>(context);
     const DWORD lastError = GetLastError();
     const auto call = static_cast<std::uint32_t>(InterlockedIncrement(&import.calls));
     if (import.track != nullptr)

@@ -1,9 +1,10 @@
 #include "proof/faults/Outcome.h"
 
+#include "tests/support/LogText.h"
+
 #include <windows.h>
 
 #include <algorithm>
-#include <cstring>
 #include <sstream>
 #include <string_view>
 
@@ -11,7 +12,7 @@ namespace {
 
 constexpr DWORD AbnormalExitCode = 0x40000015;
 
-std::string Utf8(std::wstring_view text) {
+std::string ToUtf8(std::wstring_view text) {
     const auto length = static_cast<int>(text.size());
     std::string bytes(
         static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr)),
@@ -19,12 +20,6 @@ std::string Utf8(std::wstring_view text) {
     WideCharToMultiByte(CP_UTF8, 0, text.data(), length, bytes.data(), static_cast<int>(bytes.size()), nullptr,
                         nullptr);
     return bytes;
-}
-
-std::wstring Utf16(const std::string& bytes) {
-    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
-    return text;
 }
 
 void Append(std::string& list, std::string_view item, std::string_view separator = ", ") {
@@ -105,7 +100,7 @@ std::string LogOutcome(const std::string& log, const std::vector<std::wstring>& 
     }
     std::string outcome;
     for (const std::wstring& entry : errors.empty() ? others : errors)
-        Append(outcome, Utf8(entry), "; ");
+        Append(outcome, ToUtf8(entry), "; ");
     if (lacksTime)
         Append(outcome, "an entry without its time", "; ");
     if (!outcome.empty())
@@ -207,11 +202,11 @@ Outcome Judge(const Scenario& scenario, const Conduct& conduct, const Remains& r
     if (EndsWithoutAWord(outcome))
         Append(outcome.surprises, "half done without a word");
     for (const std::wstring& dialog : conduct.dialogs)
-        Append(outcome.surprises, "dialog " + Utf8(dialog));
+        Append(outcome.surprises, "dialog " + ToUtf8(dialog));
     if (exchange.damagedPayloads != 0 && !writesFail)
         Append(outcome.surprises, "a damaged payload was started");
     for (const std::wstring& setting : remains.strangeSettings)
-        Append(outcome.surprises, "changed " + Utf8(setting));
+        Append(outcome.surprises, "changed " + ToUtf8(setting));
     if (!IsValidUtf16(remains.log) && !writesFail)
         Append(outcome.surprises, "the log is not UTF-16");
     return outcome;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "proof/faults/Machine.h"
+#include "proof/faults/ScenarioMachine.h"
 #include "proof/faults/Session.h"
 
 #include <string>

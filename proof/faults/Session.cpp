@@ -85,9 +85,9 @@ BOOL CALLBACK Sort(HWND window, LPARAM parameter) noexcept {
 }
 
 /// The user in front of one installer.
-class User {
+class ScenarioUser {
 public:
-    User(const Scenario& scenario, HANDLE process, Exchange& exchange, Conduct& conduct)
+    ScenarioUser(const Scenario& scenario, HANDLE process, Exchange& exchange, Conduct& conduct)
         : scenario_(scenario), process_(process), exchange_(exchange), conduct_(conduct) {}
 
     /// Looks at what is there, and does at most one thing.
@@ -150,7 +150,7 @@ private:
         waitBegan_ = 0;
         conduct_.screens.push_back(screen);
         if (screen == "Failed" && conduct_.screens.size() == 1) {
-            Machine::AwaitPayloads(); // the user is slow
+            ScenarioMachine::AwaitPayloads(); // the user is slow
             PostMessageW(primary, BM_CLICK, 0, 0);
         } else if (screen == "Completed" && !clicked_) {
             Finish(primary, secondary);
@@ -231,7 +231,7 @@ ExchangeSection::~ExchangeSection() {
 }
 
 Conduct RunInstaller(const std::filesystem::path& installer, const std::filesystem::path& library,
-                     const Scenario& scenario, const Machine& machine, Exchange& exchange) {
+                     const Scenario& scenario, const ScenarioMachine& machine, Exchange& exchange) {
     for (const wchar_t* variable : {L"TMP", L"TEMP"})
         SetEnvironmentVariableW(variable, machine.Temporary().c_str());
     std::wstring commandLine = L'"' + installer.wstring() + L"\" " + scenario.arguments;
@@ -254,7 +254,7 @@ Conduct RunInstaller(const std::filesystem::path& installer, const std::filesyst
     ResumeThread(thread.Get());
 
     Conduct conduct;
-    User user(scenario, process.Get(), exchange, conduct);
+    ScenarioUser user(scenario, process.Get(), exchange, conduct);
     constexpr DWORD Interval = 4;
     while (WaitForSingleObject(process.Get(), Interval) == WAIT_TIMEOUT) {
         const ULONGLONG age = GetTickCount64() - start;

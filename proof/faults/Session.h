@@ -1,7 +1,7 @@
 #pragma once
 
 #include "proof/faults/Exchange.h"
-#include "proof/faults/Machine.h"
+#include "proof/faults/ScenarioMachine.h"
 
 #include <filesystem>
 #include <string>
@@ -37,4 +37,4 @@ private:
 /// Runs the installer to its end, as the scenario's user does. Throws a std::runtime_error when it can't be started
 /// with the library.
 Conduct RunInstaller(const std::filesystem::path& installer, const std::filesystem::path& library,
-                     const Scenario& scenario, const Machine& machine, Exchange& exchange);
+                     const Scenario& scenario, const ScenarioMachine& machine, Exchange& exchange);

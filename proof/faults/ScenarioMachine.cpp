@@ -1,12 +1,11 @@
-#include "proof/faults/Machine.h"
+#include "proof/faults/ScenarioMachine.h"
+
+#include "tests/support/LabPrograms.h"
+#include "tests/support/LogText.h"
 
 #include <windows.h>
 
-#include <tlhelp32.h>
-
 #include <array>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string_view>
 
@@ -45,29 +44,6 @@ void SetDword(const std::wstring& key, const wchar_t* name, DWORD value) {
 bool Exists(const Setting& setting) {
     return RegGetValueW(HKEY_CURRENT_USER, setting.key.c_str(), setting.value != nullptr ? setting.value : L"1",
                         RRF_RT_ANY, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
-}
-
-void Run(const fs::path& program, const std::wstring& arguments) {
-    std::wstring commandLine = L'"' + program.wstring() + L"\" " + arguments;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION information{};
-    if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                        &information))
-        throw std::runtime_error("cannot start " + program.string());
-    const UniqueHandle thread(information.hThread);
-    const UniqueHandle process(information.hProcess);
-    WaitForSingleObject(process.Get(), INFINITE);
-}
-
-UniqueHandle Start(const fs::path& program) {
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION information{};
-    if (!CreateProcessW(program.c_str(), nullptr, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &information))
-        throw std::runtime_error("cannot start " + program.string());
-    const UniqueHandle thread(information.hThread);
-    return UniqueHandle(information.hProcess);
 }
 
 std::uint64_t Hash(const void* data, std::size_t size, std::uint64_t hash = 0xCBF29CE484222325) {
@@ -140,11 +116,6 @@ std::vector<std::wstring> StrangeChanges(const Settings& before, const Settings&
     return changes;
 }
 
-std::string ReadBytes(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 } // namespace
 
 const std::vector<Scenario>& Scenarios() {
@@ -159,14 +130,13 @@ const std::vector<Scenario>& Scenarios() {
     return scenarios;
 }
 
-Machine::Machine(const Scenario& scenario, fs::path work, fs::path programs)
-    : scenario_(scenario), work_(std::move(work)), programs_(std::move(programs)) {
+ScenarioMachine::ScenarioMachine(const Scenario& scenario, fs::path work)
+    : scenario_(scenario), work_(std::move(work)), office_(scenario.office) {
     fs::create_directories(Temporary());
     fs::create_directories(Current());
-    Run(programs_ / L"office.exe", L'"' + (programs_ / L"machines" / scenario.office).wstring() + L".ini\"");
     if (!scenario.oneNote)
         return;
-    const std::wstring library = programs_ / L"onenote-in-process.dll";
+    const std::wstring library = LabFolder() / L"onenote-in-process.dll";
     const auto set = [](const wchar_t* name, const std::wstring& text) {
         RegSetKeyValueW(HKEY_CLASSES_ROOT, AutomationServer, name, REG_SZ, text.c_str(),
                         static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
@@ -185,16 +155,12 @@ Machine::Machine(const Scenario& scenario, fs::path work, fs::path programs)
     SetWindowLongPtrW(window_, GWLP_USERDATA, 1);
 }
 
-Machine::~Machine() {
+ScenarioMachine::~ScenarioMachine() {
     if (window_ != nullptr)
         DestroyWindow(window_);
-    try {
-        Run(programs_ / L"office.exe", L'"' + (programs_ / L"machines" / L"no-office.ini").wstring() + L'"');
-    } catch (const std::exception&) { // the next machine is prepared anew
-    }
 }
 
-void Machine::Prepare() {
+void ScenarioMachine::Prepare() {
     for (const fs::path& folder : {Temporary(), Current()}) {
         for (const auto& entry : fs::directory_iterator(folder))
             fs::remove_all(entry.path());
@@ -216,32 +182,22 @@ void Machine::Prepare() {
                         static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
     }
     if (scenario_.oneNote)
-        datebookery_ = Start(programs_ / L"datebk.exe");
+        datebookery_.emplace(Datebookery());
     if (before_.empty()) // every preparation comes to the same
         before_ = AllSettings();
 }
 
-void Machine::AwaitPayloads() {
-    const UniqueHandle processes(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-    PROCESSENTRY32W entry{};
-    entry.dwSize = sizeof entry;
-    for (BOOL found = Process32FirstW(processes.Get(), &entry); found;
-         found = Process32NextW(processes.Get(), &entry)) {
-        if (std::wstring_view(entry.szExeFile) != PayloadName)
-            continue;
-        const UniqueHandle process(OpenProcess(SYNCHRONIZE, FALSE, entry.th32ProcessID));
+void ScenarioMachine::AwaitPayloads() {
+    for (const DWORD id : ProcessesNamed(PayloadName)) {
+        const UniqueHandle process(OpenProcess(SYNCHRONIZE, FALSE, id));
         constexpr DWORD Limit = 10000;
         WaitForSingleObject(process.Get(), Limit);
     }
 }
 
-Remains Machine::LookAround() {
+Remains ScenarioMachine::LookAround() {
     AwaitPayloads();
-    if (datebookery_) {
-        TerminateProcess(datebookery_.Get(), 0);
-        WaitForSingleObject(datebookery_.Get(), INFINITE);
-        datebookery_.Reset();
-    }
+    datebookery_.reset();
     Remains remains;
     constexpr wchar_t LogName[] = L"Vellumkit_Install.log";
     remains.elsewhere = !fs::is_empty(Current());

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "core/Unique.h"
+#include "tests/support/LabOffice.h"
+#include "tests/support/Program.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -53,13 +54,13 @@ struct Remains {
 };
 
 /// The machine that the launcher runs on, in the state in which an installation begins. For one thread.
-class Machine {
+class ScenarioMachine {
 public:
     /// Works in the folder `work`, which it makes. Registers what the scenario needs.
-    Machine(const Scenario& scenario, std::filesystem::path work, std::filesystem::path programs);
-    Machine(const Machine&) = delete;
-    Machine& operator=(const Machine&) = delete;
-    ~Machine();
+    ScenarioMachine(const Scenario& scenario, std::filesystem::path work);
+    ScenarioMachine(const ScenarioMachine&) = delete;
+    ScenarioMachine& operator=(const ScenarioMachine&) = delete;
+    ~ScenarioMachine();
 
     /// Removes what the run before has left, and starts what runs.
     void Prepare();
@@ -74,8 +75,8 @@ public:
 private:
     const Scenario& scenario_;
     std::filesystem::path work_;
-    std::filesystem::path programs_;
-    UniqueHandle datebookery_;
+    LabOffice office_;
+    std::optional<Program> datebookery_;
     HWND window_ = nullptr;
     Settings before_;
 };

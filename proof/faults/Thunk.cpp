@@ -1,26 +1,26 @@
-#include "proof/faults/Gate.h"
+#include "proof/faults/Thunk.h"
 
 #include <array>
 #include <cstddef>
 #include <cstring>
 
 extern "C" {
-void FaultGate();
-void* FaultGateDecide(void* gate, Registers* registers) noexcept;
+void FaultThunk();
+void* FaultThunkDecide(void* context, Registers* registers) noexcept;
 }
 
-void* FaultGateDecide(void* gate, Registers* registers) noexcept {
-    return OnCall(gate, *registers);
+void* FaultThunkDecide(void* context, Registers* registers) noexcept {
+    return OnCall(context, *registers);
 }
 
 static_assert(offsetof(Registers, xmm) == 0x60 && offsetof(Registers, result) == 0xA0 &&
               offsetof(Registers, returnAddress) == 0xB0);
 
-// The gate's own pointer comes in r11, which no function expects anything in. The registers lie right below the return
+// The thunk's context comes in r11, which no function expects anything in. The registers lie right below the return
 // address. Kept ones are only saved to be looked at.
 asm(R"(
-    .globl FaultGate
-FaultGate:
+    .globl FaultThunk
+FaultThunk:
     subq $0xD8, %rsp
     movq %rcx, 0x28(%rsp)
     movq %rdx, 0x30(%rsp)
@@ -40,7 +40,7 @@ FaultGate:
     movups %xmm3, 0xB8(%rsp)
     movq %r11, %rcx
     leaq 0x28(%rsp), %rdx
-    call FaultGateDecide
+    call FaultThunkDecide
     movq %rax, %r11
     movq 0x28(%rsp), %rcx
     movq 0x30(%rsp), %rdx
@@ -59,12 +59,12 @@ FaultGate:
     ret
 )");
 
-void* MakeGate(void* gate) {
-    // movabs $gate, %r11; movabs $FaultGate, %r10; jmp *%r10
+void* MakeThunk(void* context) {
+    // movabs $context, %r11; movabs $FaultThunk, %r10; jmp *%r10
     std::array<unsigned char, 23> code{0x49, 0xBB, 0, 0, 0, 0, 0, 0, 0,    0,    0x49, 0xBA,
                                        0,    0,    0, 0, 0, 0, 0, 0, 0x41, 0xFF, 0xE2};
-    void (*const target)() = FaultGate;
-    std::memcpy(code.data() + 2, &gate, sizeof gate);
+    void (*const target)() = FaultThunk;
+    std::memcpy(code.data() + 2, &context, sizeof context);
     std::memcpy(code.data() + 12, &target, sizeof target);
     constexpr std::size_t Room = 32;
     constexpr std::size_t BlockSize = 0x10000;

@@ -23,10 +23,10 @@ struct Registers {
     }
 };
 
-/// Decides about each call that goes through a gate made with that pointer: returns the function that it goes on to,
+/// Decides about each call that goes through a thunk made with that context: returns the function that it goes on to,
 /// with the registers as they are then; or null, and the caller gets `result`. In any thread; must keep the thread's
 /// last error.
-void* OnCall(void* gate, Registers& registers) noexcept;
+void* OnCall(void* context, Registers& registers) noexcept;
 
 /// Makes a function that hands every call to `OnCall`. It lasts as long as the process; null without memory.
-void* MakeGate(void* gate);
+void* MakeThunk(void* context);
