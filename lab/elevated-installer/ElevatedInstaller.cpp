@@ -53,6 +53,7 @@ bool IsDamaged() {
 
 int WINAPI wWinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, wchar_t* commandLine, int /*show*/) {
     Log(true) << L"Command line: " << GetCommandLineW();
+    Log(true) << L"Error mode: " << GetErrorMode();
     std::error_code missing;
     const std::wstring file = std::filesystem::absolute(ConfigurationFile(commandLine), missing);
     Sleep(ReadNumber(file, L"Milliseconds"));

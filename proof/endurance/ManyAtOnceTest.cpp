@@ -60,7 +60,7 @@ std::size_t AwaitEnd(const Program& frontEnd) {
 } // namespace
 
 // The stand-in for the elevated installer reports a failure when its own file is damaged, and is asked for none.
-TEST_F(ManyAtOnce, EndAsSpecifiedAndRunNoDamagedPayload) {
+TEST_F(ManyAtOnce, EndInSuccessOrFailureAndRunNoDamagedPayload) {
     const std::wstring arguments = L"/config \"" + Configuration(L"0") + L'"';
     std::vector<FrontEnd> frontEnds;
     for (int number = Extent{.sample = 12, .whole = 200}.Count(); number > 0; --number)

@@ -2,6 +2,8 @@
 #include "proof/endurance/Resources.h"
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/Machine.h"
+#include "tests/support/User.h"
+#include "tests/support/WaitUntil.h"
 #include "tests/support/Watchdog.h"
 
 #include <iostream>
@@ -10,11 +12,30 @@ namespace {
 
 class Paintings : public WindowedMachine {};
 
+/// Fills the upper half of a window, where no buttons are, with what a painting removes.
+void Blacken(HWND window) {
+    RECT area{};
+    GetClientRect(window, &area);
+    area.bottom /= 2;
+    HDC const context = GetDC(window);
+    FillRect(context, &area, static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH)));
+    ReleaseDC(window, context);
+    GdiFlush();
+}
+
+/// Sees now and then that the window is painted indeed.
 void Paint(HWND window, int times) {
+    const Picture painted = User::LookAt(window);
     for (int painting = 0; painting < times; ++painting) {
-        if (painting % 100 == 0)
+        const bool isWatched = painting % 100 == 0;
+        if (isWatched) {
             Watchdog::Allow(60);
+            Blacken(window);
+            ASSERT_FALSE(User::LookAt(window) == painted);
+        }
         ASSERT_TRUE(RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW)); // returns when it is done
+        if (isWatched)
+            WaitUntil("the painted window", [&] { return User::LookAt(window) == painted; });
     }
 }
 

@@ -76,9 +76,7 @@ std::size_t PrivateBytes(HANDLE process) {
     return bytes;
 }
 
-} // namespace
-
-Resources ResourcesOf(HANDLE process) {
+Resources ResourcesNow(HANDLE process) {
     Resources resources;
     const std::vector<SYSTEM_HANDLE_ENTRY> handles = AllHandles();
     const BYTE processType = ProcessType(handles, process);
@@ -94,6 +92,21 @@ Resources ResourcesOf(HANDLE process) {
         resources.userObjects = UserObjectsOfTheMachine();
     resources.privateBytes = PrivateBytes(process);
     return resources;
+}
+
+} // namespace
+
+Resources ResourcesOf(HANDLE process) {
+    Resources least = ResourcesNow(process);
+    for (int reading = 1; reading < 5; ++reading) {
+        Sleep(200);
+        const Resources now = ResourcesNow(process);
+        for (std::size_t Resources::*const count :
+             {&Resources::processHandles, &Resources::otherHandles, &Resources::gdiObjects, &Resources::userObjects,
+              &Resources::privateBytes})
+            least.*count = std::min(least.*count, now.*count);
+    }
+    return least;
 }
 
 void ExpectGrowth(const Resources& before, const Resources& after, std::size_t processHandles, std::size_t bytes) {

@@ -21,9 +21,9 @@ struct Resources {
     friend std::ostream& operator<<(std::ostream& stream, const Resources& resources);
 };
 
-/// A test failure when it can't be told.
+/// The least of each within a second, since threads of the pool come and go. A test failure when it can't be told.
 Resources ResourcesOf(HANDLE process);
 
 /// A test failure unless exactly so many handles of processes have come since, at most so much memory, and nothing
-/// else: but for a few objects, since threads of the pool come and go, and the step in which heaps grow.
+/// else: but for a few objects of a pool's thread, and the step in which heaps grow.
 void ExpectGrowth(const Resources& before, const Resources& after, std::size_t processHandles, std::size_t bytes);

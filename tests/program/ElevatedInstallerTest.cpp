@@ -70,6 +70,13 @@ constexpr char AfterTheWriting[] = "CreateFileW";
 
 } // namespace
 
+TEST_F(ElevatedInstallerFate, BeginsWithoutTheErrorModeOfTheInstaller) {
+    const UINT own = SetErrorMode(0); // which a program that is started from here inherits
+    EXPECT_EQ(Install(), 0U);
+    SetErrorMode(own);
+    EXPECT_EQ(ReadEntries(Temporary() + L"Vellumkit_Elev.log").at(1), L"Error mode: 0");
+}
+
 TEST_F(ElevatedInstallerFate, HangingIsWaitedForWithoutALimitAndEndsThePassWhenItIsKilled) {
     const Program frontEnd = Start(L"/config \"" + Configuration(L"0", Hanging) + L'"');
     const UniqueHandle payload = AwaitPayload();

@@ -1,5 +1,6 @@
-// Libraries of ours, in places where the front-end must not find them, under the names of those that it loads and of
-// those that it looks for in vain. planting.sh traces the names: it starts these tests without any, and then with them.
+// Libraries of ours, in places where the front-end must not find them, under the names that others have planted and
+// those of the libraries that it loads or looks for in vain. planting.sh traces the latter: it starts these tests
+// without any, and then with them.
 
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/LabBrowser.h"
@@ -13,7 +14,6 @@
 
 #include <commctrl.h>
 
-#include <array>
 #include <fstream>
 #include <iterator>
 #include <set>
@@ -27,10 +27,23 @@ namespace {
 constexpr wchar_t WineSettings[] = LR"(Software\Wine\AppDefaults)";
 constexpr wchar_t Overrides[] = LR"(Software\Wine\AppDefaults\VellumkitInstaller.x64.exe\DllOverrides)";
 
-std::vector<std::wstring> TracedNames() {
-    std::array<wchar_t, 8192> names{};
-    GetEnvironmentVariableW(L"VELLUMKIT_PLANTED", names.data(), static_cast<DWORD>(names.size()));
-    std::wistringstream stream(names.data());
+/// Under which libraries have been planted beside installers.
+constexpr std::wstring_view UsualNames =
+    L"apphelp.dll bcrypt.dll clbcatq.dll comctl32.dll cryptbase.dll cryptsp.dll dbghelp.dll dwmapi.dll edputil.dll "
+    L"gdiplus.dll iphlpapi.dll mpr.dll msimg32.dll netapi32.dll ntmarta.dll oleacc.dll profapi.dll propsys.dll "
+    L"riched20.dll rsaenh.dll secur32.dll shcore.dll shfolder.dll sspicli.dll textshaping.dll urlmon.dll userenv.dll "
+    L"usp10.dll uxtheme.dll version.dll windowscodecs.dll wininet.dll winmm.dll winspool.drv wtsapi32.dll";
+
+/// Separated by blanks; empty when there was no trace.
+std::wstring TracedNames() {
+    const DWORD size = GetEnvironmentVariableW(L"VELLUMKIT_PLANTED", nullptr, 0);
+    std::wstring names(size, L'\0');
+    names.resize(GetEnvironmentVariableW(L"VELLUMKIT_PLANTED", names.data(), size));
+    return names;
+}
+
+std::set<std::wstring> AllNames() {
+    std::wistringstream stream(std::wstring(UsualNames) + L' ' + TracedNames());
     return {std::istream_iterator<std::wstring, wchar_t>(stream), {}};
 }
 
@@ -54,7 +67,7 @@ protected:
     }
 
     /// In the folder that the test's parameter names.
-    void Plant(const std::vector<std::wstring>& names) const {
+    void Plant(const std::set<std::wstring>& names) const {
         for (const std::wstring& name : names) {
             fs::copy_file(ProgramFolder() / "planted-library.dll", fs::path(Temporary()) / GetParam() / name);
             const fs::path file = name;
@@ -87,16 +100,18 @@ protected:
     }
 };
 
+class LibraryPlantingBeside : public LibraryPlanting {};
+
 } // namespace
 
 TEST_P(LibraryPlanting, DoesNotReachAnInstallationWithoutAWindow) {
-    Plant(TracedNames());
+    Plant(AllNames());
     EXPECT_EQ(StartCopy(L"/config x").ExitCode(), 0U);
     EXPECT_EQ(Loaded(), std::set<fs::path>());
 }
 
 TEST_P(LibraryPlanting, DoesNotReachAnInstallationWithAWindow) {
-    Plant(TracedNames());
+    Plant(AllNames());
     const LabOffice office(L"click-to-run-32-bit");
     const LabBrowser browser(Temporary());
     LabOneNote oneNote(Temporary());
@@ -124,14 +139,16 @@ TEST_P(LibraryPlanting, DoesNotReachASearchInVain) {
 }
 
 // The test's own proof that Wine loads what is planted: this program has no defence, and the front-end's name.
-TEST_P(LibraryPlanting, ReachesAnotherProgram) {
-    if (TracedNames().empty() || GetParam() != std::string_view("beside"))
-        GTEST_SKIP() << "only what lies beside a program comes before Windows' own";
-    Plant(TracedNames());
+TEST_P(LibraryPlantingBeside, ReachesAnotherProgram) {
+    if (TracedNames().empty())
+        GTEST_SKIP() << "Windows can't be told to load it before its own";
+    Plant(AllNames());
     fs::copy_file(ProgramFolder() / "uncaught-error.exe", Copy(), fs::copy_options::overwrite_existing);
     StartCopy(L"").ExitCode();
     EXPECT_NE(Loaded(), std::set<fs::path>());
 }
+
+INSTANTIATE_TEST_SUITE_P(, LibraryPlantingBeside, testing::Values("beside"));
 
 INSTANTIATE_TEST_SUITE_P(, LibraryPlanting, testing::Values("beside", "current"),
                          [](const auto& item) { return item.param; });
