@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cwctype>
 #include <gtest/gtest.h>
 
@@ -56,9 +57,21 @@ std::wstring ReadCaption(std::wstring caption) {
     return caption;
 }
 
+/// A hash (FNV-1a, 32 bits) of all texts.
+std::uint32_t Fingerprint(const Texts& texts) {
+    std::uint32_t hash = 0x811C9DC5;
+    for (const std::wstring& text : texts) {
+        for (const wchar_t* unit = text.c_str(); unit <= text.c_str() + text.size(); ++unit) // with the final NUL
+            hash = (hash ^ *unit) * 0x01000193;
+    }
+    return hash;
+}
+
 /// How the texts of a language begin, in the order of the ids.
 struct TextBeginnings {
     std::wstring_view code;
+    /// Of the whole texts as a native speaker has read them.
+    std::uint32_t fingerprint;
     std::array<std::wstring_view, AllIds.size()> beginnings;
 };
 
@@ -145,62 +158,77 @@ TEST(GermanTexts, AreExact) {
 TEST(TextsOfOtherLanguages, StandUnderTheirIds) {
     const TextBeginnings languages[] = {
         {L"cs",
+         0x57DB688F,
          {L"Zavřít", L"Získat &pomoc", L"Opakovat", L"&Spustit", L"Nepodařilo se vytvořit", L"Nepodařilo se zjistit",
           L"Instalace se nezdařila", L"Nepodařilo se načíst", L"Kontrolují se požadavky", L"Instalace doplňku",
           L"Probíhá instalace", L"Aplikace OneNote nebo Datebookery"}},
         {L"nl",
+         0x4DFB0465,
          {L"&Sluiten", L"&Hulp", L"&Opnieuw", L"OneNote s&tarten", L"Kan geen tijdelijk bestand",
           L"Kan niet controleren", L"De installatie is mislukt", L"Kan de installatieresource", L"Systeemvereisten",
           L"De installatie van de Vellumkit", L"Bezig met installeren", L"OneNote of Datebookery"}},
         {L"fr",
+         0xD2852D80,
          {L"&Fermer", L"Obtenir de l'&aide", L"&Réessayer", L"&Lancer", L"Impossible de créer",
           L"Impossible de vérifier", L"Échec", L"Impossible de lire", L"Vérification de la configuration",
           L"L'installation du complément", L"Installation en cours", L"OneNote ou Datebookery"}},
         {L"it",
+         0x90604494,
          {L"&Chiudi", L"&Ottieni assistenza", L"&Riprova", L"&Avvia", L"Impossibile creare", L"Impossibile verificare",
           L"Installazione non riuscita", L"Impossibile leggere", L"Verifica dei requisiti",
           L"L'installazione del componente", L"Installazione in corso", L"OneNote o Datebookery"}},
         {L"nb",
+         0x1443250E,
          {L"&Lukk", L"Få &hjelp", L"&Prøv på nytt", L"&Start", L"Kunne ikke opprette", L"Kunne ikke kontrollere",
           L"Installasjonen mislyktes", L"Kunne ikke lese", L"Kontrollerer systemkravene",
           L"Installasjonen av Vellumkit", L"Installerer", L"OneNote eller Datebookery"}},
         {L"pl",
+         0x4C505C87,
          {L"&Zamknij", L"Uzyskaj po&moc", L"&Ponów próbę", L"&Uruchom", L"Nie można utworzyć", L"Nie można sprawdzić",
           L"Instalacja nie powiodła się", L"Nie można odczytać", L"Sprawdzanie wymagań", L"Instalacja dodatku",
           L"Trwa instalowanie", L"Program OneNote lub Datebookery"}},
         {L"pt-BR",
+         0xC1BB52E1,
          {L"&Fechar", L"Obter &ajuda", L"&Tentar de novo", L"&Iniciar", L"Não foi possível criar",
           L"Não foi possível verificar", L"Falha na instalação", L"Não foi possível ler", L"Verificando os requisitos",
           L"A instalação do suplemento", L"Instalando", L"O OneNote ou o Datebookery"}},
         {L"ru",
+         0xA712B9BE,
          {L"&Закрыть", L"По&мощь", L"&Повторить", L"&Открыть", L"Не удалось создать", L"Не удалось проверить",
           L"Не удалось выполнить установку", L"Не удалось прочитать", L"Проверка требований", L"Установка надстройки",
           L"Выполняется установка", L"Запущено приложение OneNote или Datebookery"}},
         {L"sk",
+         0xCC81E241,
          {L"&Zavrieť", L"Získať &pomoc", L"Skúsiť z&nova", L"&Spustiť", L"Nepodarilo sa vytvoriť",
           L"Nepodarilo sa zistiť", L"Inštalácia zlyhala", L"Nepodarilo sa prečítať", L"Kontrolujú sa požiadavky",
           L"Inštalácia doplnku", L"Prebieha inštalácia", L"Aplikácia OneNote alebo Datebookery"}},
         {L"es",
+         0xADD22358,
          {L"&Cerrar", L"Obtener &ayuda", L"&Reintentar", L"&Iniciar", L"No se pudo crear", L"No se pudo comprobar",
           L"Error de instalación", L"No se pudo leer", L"Comprobando los requisitos", L"Se ha completado",
           L"Instalando", L"OneNote o Datebookery"}},
         {L"tr",
+         0x8FA70B38,
          {L"&Kapat", L"&Yardım", L"Yeniden &Dene", L"OneNote'u &Başlat", L"Geçici dosya", L"OneNote'un çalışıp",
           L"Yükleme başarısız", L"Yükleme kaynağı", L"Gereksinimler", L"OneNote için Vellumkit", L"Yükleniyor",
           L"OneNote veya Datebookery"}},
         {L"mk",
+         0xEF3A32EC,
          {L"&Затвори", L"Побарај по&мош", L"&Обиди се пак", L"&Отвори", L"Не може да се создаде",
           L"Не може да се провери", L"Инсталирањето не успеа", L"Не може да се прочита", L"Се проверуваат",
           L"Инсталирањето на додатокот", L"Се инсталира", L"Апликацијата OneNote или Datebookery"}},
         {L"zh-CN",
+         0x6DE2D769,
          {L"关闭", L"帮助", L"重试", L"启动", L"无法创建", L"无法检测", L"安装失败", L"无法读取", L"正在检查",
           L"适用于", L"正在安装", L"OneNote 或 Datebookery"}},
         {L"zh-TW",
+         0xF50769BC,
          {L"關閉", L"取得協助", L"重試", L"啟動", L"無法建立", L"無法確認", L"安裝失敗", L"無法讀取", L"正在檢查",
           L"適用於", L"正在安裝", L"OneNote 或 Datebookery"}},
     };
-    for (const auto& [code, beginnings] : languages) {
+    for (const auto& [code, fingerprint, beginnings] : languages) {
         const Texts texts = TextsOf(code);
+        EXPECT_EQ(Fingerprint(texts), fingerprint) << testing::PrintToString(std::wstring(code));
         for (const StringId id : AllIds) {
             for (const StringId other : AllIds)
                 EXPECT_EQ(texts[id].starts_with(beginnings[other]), id == other)
