@@ -5,11 +5,13 @@
 
 #include <array>
 
+extern "C" const IMAGE_DOS_HEADER __ImageBase; // the linker's name for where the executable begins
+
 namespace {
 
 template <typename Structure>
 Structure* At(ULONGLONG address) {
-    return reinterpret_cast<Structure*>(reinterpret_cast<ULONG_PTR>(GetModuleHandleW(nullptr)) + address);
+    return reinterpret_cast<Structure*>(reinterpret_cast<ULONG_PTR>(&__ImageBase) + address);
 }
 
 HMODULE Load(const char* name) {

@@ -4,13 +4,6 @@
 
 #include <shellscalingapi.h>
 
-namespace {
-
-// Looked up at run time: Windows 7 does not have it.
-using SetProcessDpiAwarenessFunction = HRESULT(WINAPI*)(PROCESS_DPI_AWARENESS);
-
-} // namespace
-
 void SetDpiAwareness() {
     // The library stays loaded: what is set lasts as long as the process.
     const HMODULE library = LoadSystemLibrary(L"shcore.dll");
@@ -18,9 +11,10 @@ void SetDpiAwareness() {
         return;
     // It does the work. Wine's shcore.dll would load it during the call, and search beside the program first.
     LoadSystemLibrary(L"user32.dll");
-    const FARPROC function = GetProcAddress(library, "SetProcessDpiAwareness");
+    // Windows 7 does not have it.
+    auto* const function = FindFunction<HRESULT WINAPI(PROCESS_DPI_AWARENESS)>(library, "SetProcessDpiAwareness");
     if (function != nullptr)
-        reinterpret_cast<SetProcessDpiAwarenessFunction>(reinterpret_cast<void*>(function))(PROCESS_SYSTEM_DPI_AWARE);
+        function(PROCESS_SYSTEM_DPI_AWARE);
     else
         SetProcessDPIAware();
 }

@@ -2,18 +2,12 @@
 
 #include "core/SystemLibrary.h"
 
-namespace {
-
-// Looked up at run time: Windows 7 has it only since an update (KB2533623).
-using SetDefaultDllDirectoriesFunction = BOOL(WINAPI*)(DWORD);
-
-} // namespace
-
 void LimitLibrarySearch() {
-    const FARPROC function = GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "SetDefaultDllDirectories");
+    // Windows 7 has it only since an update (KB2533623).
+    const HMODULE kernel = GetModuleHandleW(L"kernel32.dll");
+    auto* const function = FindFunction<decltype(SetDefaultDllDirectories)>(kernel, "SetDefaultDllDirectories");
     if (function != nullptr)
-        reinterpret_cast<SetDefaultDllDirectoriesFunction>(reinterpret_cast<void*>(function))(
-            LOAD_LIBRARY_SEARCH_SYSTEM32);
+        function(LOAD_LIBRARY_SEARCH_SYSTEM32);
     // Also for those that Windows loads by their path, as COM and the shell do: what they need is searched for in the
     // old order.
     SetDllDirectoryW(L"");

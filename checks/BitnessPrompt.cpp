@@ -24,11 +24,11 @@ enum Button { ButtonDownload32 = 100, ButtonContinue64 = 101, ButtonHowToFind = 
 /// task dialog, and nobody but a user who is asked needs one.
 HRESULT CallTaskDialogIndirect(const TASKDIALOGCONFIG& config, int& pressed) {
     const HMODULE library = LoadSystemLibrary(L"comctl32.dll");
-    const FARPROC function = library != nullptr ? GetProcAddress(library, "TaskDialogIndirect") : nullptr;
+    auto* const function =
+        library != nullptr ? FindFunction<decltype(TaskDialogIndirect)>(library, "TaskDialogIndirect") : nullptr;
     if (function == nullptr)
         ThrowWin32Error(GetLastError());
-    return reinterpret_cast<decltype(&TaskDialogIndirect)>(reinterpret_cast<void*>(function))(&config, &pressed,
-                                                                                              nullptr, nullptr);
+    return function(&config, &pressed, nullptr, nullptr);
 }
 
 /// Returns the button that was pressed, or what else closed the dialog. Its texts are not among the translated ones,

@@ -1,7 +1,7 @@
 #include "core/SystemLibrary.h"
 
 #include <array>
-#include <string>
+#include <string_view>
 
 namespace {
 
@@ -16,11 +16,14 @@ HMODULE LoadByPath(const wchar_t* name) {
     // Only a bare name is redirected, and then Windows does not search for it.
     if (IsRedirected(name))
         return LoadLibraryExW(name, nullptr, 0);
-    std::array<wchar_t, MAX_PATH> folder{};
-    const UINT length = GetSystemDirectoryW(folder.data(), static_cast<UINT>(folder.size()));
-    if (length == 0 || length >= folder.size())
+    std::array<wchar_t, MAX_PATH> path{};
+    const UINT length = GetSystemDirectoryW(path.data(), static_cast<UINT>(path.size()));
+    const std::wstring_view bare(name);
+    if (length == 0 || length + 1 + bare.size() >= path.size())
         return nullptr;
-    return LoadLibraryExW((std::wstring(folder.data(), length) + L'\\' + name).c_str(), nullptr,
+    path[length] = L'\\';
+    bare.copy(&path[length + 1], bare.size());
+    return LoadLibraryExW(path.data(), nullptr,
                           LOAD_WITH_ALTERED_SEARCH_PATH); // what it needs is searched for beside it
 }
 

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-/// Performs installation passes; a thread-pool callback whose argument is unused. Each pass waits for OneNote to be
+/// Performs installation passes; its argument is unused. Each pass waits for OneNote to be
 /// gone, runs the elevated installer, repairs the user's settings, and posts its states to `MainWindow`.
 ///
 /// In unattended mode there is one pass and nothing is posted: returns 0 when it succeeded, 1 when it failed.

@@ -3,6 +3,7 @@
 #include "tests/support/ImportPatch.h"
 #include "tests/support/TestFolder.h"
 
+#include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
 #include <string>
@@ -100,4 +101,20 @@ TEST_F(SystemLibraryWithoutTheUpdate, IsMissingWhereTheSystemFolderIsNotKnown) {
                                                             [](LPWSTR, UINT) -> UINT { return 0; });
     EXPECT_EQ(LoadSystemLibrary(L"msvfw32.dll"), nullptr);
     EXPECT_TRUE(Loaded.empty()) << "not by its bare name";
+}
+
+TEST_F(SystemLibraryWithoutTheUpdate, IsMissingWhereItsPathIsTooLong) {
+    static constexpr std::wstring_view Name = L"\\msvfw32.dll";
+    static std::size_t length = 0;
+    const ImportPatch<decltype(GetSystemDirectoryW)> folder("GetSystemDirectoryW", [](LPWSTR path, UINT) -> UINT {
+        std::fill_n(path, length, L'x');
+        return static_cast<UINT>(length);
+    });
+    length = MAX_PATH - 1 - Name.size();
+    EXPECT_EQ(LoadSystemLibrary(&Name[1]), nullptr);
+    ASSERT_EQ(Loaded.size(), 1U);
+    EXPECT_EQ(Loaded[0].name, std::wstring(length, L'x').append(Name));
+    ++length;
+    EXPECT_EQ(LoadSystemLibrary(&Name[1]), nullptr);
+    EXPECT_EQ(Loaded.size(), 1U);
 }

@@ -65,7 +65,7 @@ private:
 
 constexpr int Hanging = 50000; // milliseconds, longer than the test
 
-/// The installer opens files for itself in one place only: for the payload that it has written.
+/// On a machine without type libraries the installer opens a file for itself only then.
 constexpr char AfterTheWriting[] = "CreateFileW";
 
 } // namespace
