@@ -10,7 +10,7 @@ Usage: ./prove.sh faults [MACHINES | --help]
 
 Runs the release on that many machines beside each other (default: 4) until every call of the plan has failed once,
 which takes less than an hour on two cores. After an interruption, the same command goes on where it stopped; another
-executable begins anew. Plan and results are in out/proof/faults/, the table is written into docs/faults.md. Fails when
+executable or judgement begins anew. Plan and results are in out/proof/faults/, the table is written into docs/faults.md. Fails when
 a run shows what no run may show.
 TEXT
 }
@@ -29,7 +29,9 @@ on_machine() { # NUMBER ARGUMENT...
 }
 
 lab/machine.sh build fault-launcher
-version=$(sha256sum $release/VellumkitInstaller.x64.exe $release/proof/fault.dll | sha256sum | cut -c 1-16)
+# What came of a call depends on these.
+version=$(cat $release/VellumkitInstaller.x64.exe $release/proof/fault.dll $release/lab/*.{exe,dll} \
+    proof/faults/{Launcher,Outcome,ScenarioMachine,Session}.cpp | sha256sum | cut -c 1-16)
 folder=out/proof/faults/$version
 mkdir -p "$folder/results"
 if [ ! -e "$folder/plan" ]; then
@@ -39,7 +41,7 @@ fi
 total=$(wc -l <"$folder/plan")
 
 count_results() {
-    find "$folder/results" -type f -exec cat {} + | cut -f 1-4 | sort -u | wc -l
+    find "$folder/results" -type f -exec cat {} + | grep $'\t[.]$' | cut -f 1-4 | sort -u | wc -l
 }
 
 stop_machines() {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <map>
 #include <set>
@@ -227,11 +228,15 @@ std::vector<std::string> Uncalled(const std::filesystem::path& document, const s
 std::vector<std::string> Compare(const std::filesystem::path& document, const std::vector<Result>& results) {
     std::vector<std::string> complaints;
     const Table table = ReadTable(document, complaints);
+    const auto reached = static_cast<std::size_t>(std::ranges::count_if(results, &Result::WasReached));
+    std::cout << reached << " of " << results.size() << " calls failed\n";
+    if (reached * 10 < results.size() * 9)
+        complaints.emplace_back("too many calls were not reached");
     for (const Result& result : results) {
-        if (!result.WasReached())
-            continue;
         if (!result.surprises.empty() && Explanation(result).empty())
             complaints.push_back("surprise: " + Line(result));
+        if (!result.WasReached())
+            continue;
         const auto hasFunction = [&result](const auto& row) { return std::get<0>(row.first) == result.function; };
         if (std::ranges::none_of(table, hasFunction) && IsHarmless(result))
             continue;

@@ -36,5 +36,6 @@ void WriteDocument(const std::filesystem::path& document, const std::vector<Resu
 /// A line for every function of the document that is not among those of the calls, `called`.
 std::vector<std::string> Uncalled(const std::filesystem::path& document, const std::set<std::string>& called);
 
-/// A line for every result that is a surprise or has no row in the document, and for every row that is not well-formed.
+/// A line for every result that is a surprise or has no row in the document, and for every row that is not well-formed;
+/// one more when a tenth of the calls were not reached. Prints how many were.
 std::vector<std::string> Compare(const std::filesystem::path& document, const std::vector<Result>& results);

@@ -5,12 +5,21 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <array>
 #include <sstream>
 #include <string_view>
 
 namespace {
 
 constexpr DWORD AbnormalExitCode = 0x40000015;
+
+/// The C runtime's functions that write the payload, and that open and write the log.
+constexpr std::string_view PayloadWriter = "_write";
+constexpr std::array<std::string_view, 4> LogWriters{"_wfsopen", "fwrite", "fflush", "fclose"};
+
+bool WritesLog(std::string_view function) {
+    return std::ranges::find(LogWriters, function) != LogWriters.end();
+}
 
 std::string ToUtf8(std::wstring_view text) {
     const auto length = static_cast<int>(text.size());
@@ -61,37 +70,53 @@ std::wstring Essence(const std::wstring& entry) {
 }
 
 /// Entries that differ in NULs alone look the same.
-bool IsUsual(const std::wstring& entry, const std::vector<std::wstring>& usual) {
-    return std::ranges::any_of(usual, [&entry](std::wstring known) {
-        std::erase(known, L'\0');
-        return known == entry;
-    });
+Entries WithoutNuls(Entries entries) {
+    for (std::wstring& entry : entries)
+        std::erase(entry, L'\0');
+    return entries;
+}
+
+/// The report and the last pass of a log, of which each pass begins so.
+Entries ReportAndLastPass(const Entries& entries) {
+    constexpr std::wstring_view Begin = L"Begin processing";
+    const auto report = std::ranges::find(entries, Begin);
+    const auto pass = std::find(entries.rbegin(), entries.rend(), Begin);
+    Entries parts(entries.begin(), report);
+    if (pass != entries.rend())
+        parts.insert(parts.end(), std::prev(pass.base()), entries.end());
+    // Only the first pass finds no folder.
+    if (const auto made = std::ranges::find(parts, L"Folder does not exist, creating..."); made != parts.end()) {
+        *made = L"Folder already exists";
+        if (std::next(made) != parts.end() && *std::next(made) == L"Done.")
+            parts.erase(std::next(made));
+    }
+    return parts;
 }
 
 /// Whether the log ends early, perhaps in the middle of an entry, and is as usual up to there.
-bool IsCutOff(const std::vector<std::wstring>& entries, const std::vector<std::wstring>& usual) {
+bool IsCutOff(const Entries& entries, const Entries& usual) {
     if (entries.size() > usual.size() || entries == usual)
         return false;
     return entries.empty() || (std::equal(entries.begin(), std::prev(entries.end()), usual.begin()) &&
                                usual[entries.size() - 1].starts_with(entries.back()));
 }
 
-std::string LogOutcome(const std::string& log, const std::vector<std::wstring>& usual) {
+std::string LogOutcome(const std::string& log, const Entries& usualEntries) {
     if (log.empty())
         return "none";
-    const std::vector<std::wstring> entries = EntriesOf(log);
-    if (IsCutOff(entries, usual))
+    if (IsCutOff(EntriesOf(log), usualEntries))
         return "cut off";
+    const Entries usual = WithoutNuls(usualEntries);
+    Entries entries = WithoutNuls(EntriesOf(log));
     std::vector<std::wstring> errors;
     std::vector<std::wstring> others;
     bool lacksTime = false;
-    for (std::wstring entry : entries) {
-        std::erase(entry, L'\0');
+    for (std::wstring& entry : entries) {
         if (entry.starts_with(L" - ")) {
             lacksTime = true;
             entry.erase(0, 3);
         }
-        if (IsUsual(entry, usual) || entry == L"Folder already exists")
+        if (std::ranges::find(usual, entry) != usual.end() || entry == L"Folder already exists")
             continue;
         auto& list = entry.starts_with(L"ERROR: ") ? errors : others;
         const std::wstring essence = Essence(entry);
@@ -105,7 +130,7 @@ std::string LogOutcome(const std::string& log, const std::vector<std::wstring>& 
         Append(outcome, "an entry without its time", "; ");
     if (!outcome.empty())
         return outcome;
-    return entries.size() >= usual.size() ? "as usual" : "lacks entries";
+    return ReportAndLastPass(entries) == ReportAndLastPass(usual) ? "as usual" : "other entries than usual";
 }
 
 std::string LeftOutcome(const Remains& remains, const Exchange& exchange, std::size_t passes,
@@ -152,8 +177,8 @@ std::string WindowOutcome(const Scenario& scenario, const Conduct& conduct) {
 }
 
 /// Whether a run that failed, or left something undone, has a log that could be written and tells of no error.
-bool EndsWithoutAWord(const Outcome& outcome) {
-    if (outcome.log == "none" || outcome.log == "cut off" || outcome.log.find("ERROR: ") != std::string::npos)
+bool EndsWithoutAWord(const Outcome& outcome, std::string_view failed) {
+    if (WritesLog(failed) || outcome.log.find("ERROR: ") != std::string::npos)
         return false;
     return outcome.exitCode == "1" || (outcome.exitCode == "0" && !outcome.left.starts_with("everything"));
 }
@@ -182,7 +207,7 @@ std::vector<std::wstring> EntriesOf(const std::string& log) {
 }
 
 Outcome Judge(const Scenario& scenario, const Conduct& conduct, const Remains& remains, const Exchange& exchange,
-              const std::vector<std::wstring>& usual, std::uintmax_t payloadSize, bool writesFail) {
+              const Entries& usual, std::uintmax_t payloadSize, std::string_view failed) {
     Outcome outcome{.exitCode = ExitOutcome(conduct),
                     .window = WindowOutcome(scenario, conduct),
                     .log = LogOutcome(remains.log, usual),
@@ -195,19 +220,21 @@ Outcome Judge(const Scenario& scenario, const Conduct& conduct, const Remains& r
     }
     if (conduct.hung)
         Append(outcome.surprises, "does not end");
+    else if (conduct.gaveUp)
+        Append(outcome.surprises, "no result in time");
     else if (conduct.exitCode != AbnormalExitCode && conduct.exitCode > (scenario.IsUnattended() ? 1U : 0U))
         Append(outcome.surprises, "exit code");
     if (static_cast<std::size_t>(exchange.payloadStarts) > std::max<std::size_t>(1, conduct.screens.size()))
         Append(outcome.surprises, "an installation that nobody asked for");
-    if (EndsWithoutAWord(outcome))
+    if (EndsWithoutAWord(outcome, failed))
         Append(outcome.surprises, "half done without a word");
     for (const std::wstring& dialog : conduct.dialogs)
         Append(outcome.surprises, "dialog " + ToUtf8(dialog));
-    if (exchange.damagedPayloads != 0 && !writesFail)
+    if (exchange.damagedPayloads != 0 && failed != PayloadWriter)
         Append(outcome.surprises, "a damaged payload was started");
     for (const std::wstring& setting : remains.strangeSettings)
         Append(outcome.surprises, "changed " + ToUtf8(setting));
-    if (!IsValidUtf16(remains.log) && !writesFail)
+    if (!IsValidUtf16(remains.log) && !WritesLog(failed))
         Append(outcome.surprises, "the log is not UTF-16");
     return outcome;
 }

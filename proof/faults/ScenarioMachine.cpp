@@ -2,6 +2,7 @@
 
 #include "tests/support/LabPrograms.h"
 #include "tests/support/LogText.h"
+#include "tests/support/Registry.h"
 
 #include <windows.h>
 
@@ -35,10 +36,6 @@ std::vector<Setting> DamagedSettings() {
             {office + LR"(15.0\OneNote\Security)", L"DisableAllAddins"},
             {office + LR"(16.0\OneNote\Security)", L"DisableAllAddins"},
             {office + LR"(OneNote\AddIns\Vellumkit.Addin)", L"LoadBehavior"}};
-}
-
-void SetDword(const std::wstring& key, const wchar_t* name, DWORD value) {
-    RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), name, REG_DWORD, &value, sizeof value);
 }
 
 bool Exists(const Setting& setting) {
@@ -136,13 +133,8 @@ ScenarioMachine::ScenarioMachine(const Scenario& scenario, fs::path work)
     fs::create_directories(Current());
     if (!scenario.oneNote)
         return;
-    const std::wstring library = LabFolder() / L"onenote-in-process.dll";
-    const auto set = [](const wchar_t* name, const std::wstring& text) {
-        RegSetKeyValueW(HKEY_CLASSES_ROOT, AutomationServer, name, REG_SZ, text.c_str(),
-                        static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
-    };
-    set(nullptr, library);
-    set(L"ThreadingModel", L"Apartment");
+    RegisterText(AutomationServer, nullptr, LabFolder() / L"onenote-in-process.dll");
+    RegisterText(AutomationServer, L"ThreadingModel", L"Apartment");
     WNDCLASSW windowClass{};
     windowClass.lpfnWndProc = [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept -> LRESULT {
         return message == WM_CLOSE ? 0 : DefWindowProcW(window, message, wParam, lParam);
@@ -173,13 +165,12 @@ void ScenarioMachine::Prepare() {
         SetDword(InternetSettings, L"SecureProtocols", SomeProtocols);
     if (scenario_.damagedSettings) {
         for (const Setting& setting : DamagedSettings())
-            SetDword(setting.key, setting.value != nullptr ? setting.value : L"1", 1);
+            SetDword(setting.key.c_str(), setting.value != nullptr ? setting.value : L"1", 1);
     }
     if (scenario_.language != nullptr) {
-        const std::wstring text = std::wstring(scenario_.language) + L'\0';
-        RegSetKeyValueW(HKEY_CURRENT_USER, (std::wstring(Office) + LR"(16.0\Common\LanguageResources)").c_str(),
-                        L"UIFallback", REG_MULTI_SZ, text.c_str(),
-                        static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+        const std::wstring text = std::wstring(scenario_.language) + L'\0' + L'\0';
+        SetValue((std::wstring(Office) + LR"(16.0\Common\LanguageResources)").c_str(), L"UIFallback", REG_MULTI_SZ,
+                 Bytes(text));
     }
     if (scenario_.oneNote)
         datebookery_.emplace(Datebookery());
@@ -190,8 +181,9 @@ void ScenarioMachine::Prepare() {
 void ScenarioMachine::AwaitPayloads() {
     for (const DWORD id : ProcessesNamed(PayloadName)) {
         const UniqueHandle process(OpenProcess(SYNCHRONIZE, FALSE, id));
-        constexpr DWORD Limit = 10000;
-        WaitForSingleObject(process.Get(), Limit);
+        constexpr DWORD Limit = 60000;
+        if (process && WaitForSingleObject(process.Get(), Limit) != WAIT_OBJECT_0)
+            throw std::runtime_error("a payload does not end");
     }
 }
 

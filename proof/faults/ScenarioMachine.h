@@ -64,7 +64,7 @@ public:
 
     /// Removes what the run before has left, and starts what runs.
     void Prepare();
-    /// Waits until no payload runs.
+    /// Waits until no payload runs. Throws a std::runtime_error after a minute.
     static void AwaitPayloads();
     /// Ends what still runs, and looks.
     Remains LookAround();

@@ -11,7 +11,7 @@
 namespace {
 
 /// What an undisturbed installation takes a small part of, in milliseconds.
-constexpr ULONGLONG EndLimit = 30000;
+constexpr DWORD EndLimit = 30000;
 /// From when on somebody looks for windows that should not be there.
 constexpr ULONGLONG Patience = 400;
 /// How often it looks for windows while it waits for nothing in particular.
@@ -40,7 +40,7 @@ void Inject(HANDLE process, const std::filesystem::path& library) {
     const UniqueHandle thread(CreateRemoteThread(process, nullptr, 0, load, place, 0, nullptr));
     if (!thread)
         ThrowLastError("cannot start a thread in the installer");
-    WaitForSingleObject(thread.Get(), INFINITE);
+    WaitForSingleObject(thread.Get(), EndLimit);
     DWORD loaded = 0;
     if (!GetExitCodeThread(thread.Get(), &loaded) || loaded == 0)
         ThrowLastError("the installer does not load the library");
@@ -132,8 +132,10 @@ private:
             return;
         const LONG waits = exchange_.waits;
         if (waits == answeredWaits_) {
-            if (age > EndLimit / 2)
+            if (age > EndLimit / 2) {
+                conduct_.gaveUp = !clicked_;
                 Close(window);
+            }
             return;
         }
         if (waitBegan_ == 0)

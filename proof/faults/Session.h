@@ -11,6 +11,8 @@
 struct Conduct {
     /// It had to be terminated.
     bool hung = false;
+    /// The user closed the window before it came to a result.
+    bool gaveUp = false;
     DWORD exitCode = 0;
     /// What the window showed when the worker began to wait, each time.
     std::vector<std::string> screens;

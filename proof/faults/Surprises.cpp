@@ -12,7 +12,13 @@ struct Known {
     const char* explanation;
 };
 
+constexpr char NoWindow[] =
+    "Without a window there is nothing to do: the log ends with the report, the process with 0.";
+
 constexpr std::array Explanations{
+    Known{"CreateEventW", "half done without a word", NoWindow},
+    Known{"CreateWindowExW", "half done without a word", NoWindow},
+    Known{"RegisterClassExW", "half done without a word", NoWindow},
     Known{"QueueUserWorkItem", "does not end",
           "Nothing can take the worker's place: the window stays, and the process when it is closed."},
     Known{"SetEvent", "does not end",
