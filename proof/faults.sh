@@ -41,7 +41,7 @@ fi
 total=$(wc -l <"$folder/plan")
 
 count_results() {
-    find "$folder/results" -type f -exec cat {} + | grep $'\t[.]$' | cut -f 1-4 | sort -u | wc -l
+    find "$folder/results" -type f -exec cat {} + | sed -n '/\t[.]$/p' | cut -f 1-4 | sort -u | wc -l
 }
 
 stop_machines() {

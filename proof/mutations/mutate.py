@@ -225,9 +225,13 @@ def main():
                 print(f"{path}:{change.line} {change.kind} {change.description}")
         return 0
     if arguments.report:
+        complete = True
         while (change := campaign.take()) is not None:
             campaign.running[change.path] -= 1
-        return 0 if campaign.report() else 1
+            complete = False
+        if not complete:
+            print("Not all have been tried.")
+        return 0 if campaign.report() and complete else 1
     for ending in (signal.SIGINT, signal.SIGTERM):
         signal.signal(ending, lambda *_: campaign.stop("Interrupted: those that are being tried come to their end."))
     workers = [threading.Thread(target=work, args=(campaign, number)) for number in range(1, arguments.jobs + 1)]

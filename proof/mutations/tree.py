@@ -29,6 +29,12 @@ REST = ["--exclude-regex",
         r"Wait|OfAnotherVersion|^Lab\.|^Build\.|^Sources\.|^Artwork\.|^UnitTests$|^WindowTestsAt96Dpi$"]
 
 
+
+def rest(reach):
+    """The arguments of ctest for what runs behind the unit and window tests."""
+    return [] if reach == "thorough" else REST
+
+
 class Broken(Exception):
     """The sources as they are don't pass their tests: no change can be judged."""
 
@@ -97,11 +103,12 @@ class Tree:
         """What comes of it, and what noticed it. `reach` is one of "quick", "usual" and "thorough"."""
         self._check_near(change.path)
         file = self.place / change.path
-        file.write_text(change.apply((ROOT / change.path).read_text()))
+        text = file.read_text()  # not that of the sources, which may have changed meanwhile
+        file.write_text(change.apply(text))
         try:
             return self._judge_changed(change.path, reach)
         finally:
-            self._copy(Path(change.path))
+            file.write_text(text)
 
     def _judge_changed(self, path, reach):
         for program, tests in near_tests(path).items():
@@ -113,16 +120,16 @@ class Tree:
             if noticed:
                 return noticed
         for program in ("unit-tests", "window-tests"):
-            if self._run(["cmake", "--build", "--preset", "release", "--target", program], 1800) != 0:
+            if not self._builds(["ninja", program]):
                 return "does not compile", ""
             noticed = self._red(self.build / f"tests/{program}.exe", 60)
             if noticed:
                 return noticed
         if reach == "quick":
             return "survived", ""
-        if self._run(["cmake", "--build", "--preset", "release"], 1800) != 0:
+        if not self._builds(["ninja"]):
             return "does not compile", ""
-        return self._rest_is_red([] if reach == "thorough" else REST) or ("survived", "")
+        return self._rest_is_red(rest(reach)) or ("survived", "")
 
     def check(self, reach):
         """That the unchanged sources pass what judges a change when nothing near it has."""
@@ -133,7 +140,7 @@ class Tree:
         if reach == "quick":
             return
         self._need(["cmake", "--build", "--preset", "release"])
-        noticed = self._rest_is_red(REST)
+        noticed = self._rest_is_red(rest(reach))
         if noticed:
             raise Broken(f"without a change, ctest fails: {noticed}; see {self.log}")
 
@@ -157,13 +164,19 @@ class Tree:
         query = self._output(["ninja", "-t", "query", f"tests/{program}.exe"])
         inputs = re.findall(r"^    \|* ?(\S+)$", query.split("  outputs:")[0], re.MULTILINE)
         others = {name for name in inputs if re.search(r"\.dir/\w+/\w+Test\.cpp\.obj$", name)} - kept
-        if self._run(["ninja", *(name for name in inputs if name not in others)], 1800, self.build) != 0:
+        if not self._builds(["ninja", *(name for name in inputs if name not in others)]):
             return False
         link = self._output(["ninja", "-t", "commands", f"tests/{program}.exe"]).splitlines()[-1]
         words = [word for word in shlex.split(link)[2:-2]
                  if word not in others and not word.startswith("-Wl,--out-implib")]
         words[words.index("-o") + 1] = "tests/near.exe"
-        return self._run(words, 600, self.build) == 0
+        return self._builds(words)
+
+    def _builds(self, command):
+        result = self._run(command, 1800, self.build)
+        if result is None:
+            raise Broken(f"{command[0]} does not end; see {self.log}")
+        return result == 0
 
     def _output(self, command):
         return subprocess.run(command, cwd=self.build, capture_output=True, text=True, check=True).stdout
@@ -172,32 +185,37 @@ class Tree:
 
     def _red(self, program, seconds):
         """What fails in a test program, twice: once may be chance. Nothing when it passes."""
-        shutil.rmtree(self.scratch, ignore_errors=True)
-        self.scratch.mkdir()
         output = self.scratch / "output.txt"
-        twice = ["bash", "-c", '"$@" || exec "$@"', "bash"]
-        command = [self.place / "lab/machine.sh", "display", *twice, self.place / "lab/machine.sh", "wine", program,
-                   "--gtest_fail_fast", "--gtest_filter=-*zh*:*RealWait*"]
-        result = self._run(command, 240 + 10 * seconds, self.scratch, output)
-        self._renew_prefix(result == 0)
-        if result == 0:
-            return None
+        for _ in range(2):
+            shutil.rmtree(self.scratch, ignore_errors=True)
+            self.scratch.mkdir()
+            result = self._on_display([program, "--gtest_fail_fast", "--gtest_filter=-*zh*:*RealWait*"],
+                                      240 + 10 * seconds, output)
+            self._renew_prefix(result == 0)
+            if result == 0:
+                return None
         text = output.read_text(errors="replace")
         if program.name == "near.exe" and "does not import" in text:  # the whole program may
             return None
         failed = re.search(r"\[  FAILED  \] ([\w/.]+)|^(\S+ hangs)|\[ RUN      \] (\S+)\s*\Z", text, re.MULTILINE)
+        if failed is None and self._on_display(["cmd", "/c", "exit", "0"], 600) != 0:
+            raise Broken(f"no program runs in {self.place}; see {self.log}")
         name = next(filter(None, failed.groups())) if failed else f"{program.name} ({result})"
         return ("killed", name) if result is not None else ("killed by time-out", name)
 
+    def _on_display(self, program, seconds, output=None):
+        machine = self.place / "lab/machine.sh"
+        return self._run([machine, "display", machine, "wine", *program], seconds, self.scratch, output)
+
     def _renew_prefix(self, passed):
-        """What a changed program did to registry and files must not stay."""
+        """What a changed program did to registry and files must not stay. The first to pass is an unchanged one."""
         prefix = self.place / "out/wine/mutations"
         kept = PLACE / f"registry-of-{self.place.name}"
         if passed and not kept.exists():
             kept.mkdir()
             for file in prefix.glob("*.reg"):
                 shutil.copy(file, kept)
-        elif not passed and kept.exists():
+        elif kept.exists():
             for file in kept.iterdir():
                 shutil.copy(file, prefix)
             for folder in prefix.glob("drive_c/users/*/Temp"):

@@ -360,7 +360,7 @@ INSTANTIATE_TEST_SUITE_P(
         UnusualPath{"ThroughTheDevices", L"\\\\.\\(file)"}, UnusualPath{"NulInTheMiddle", L"(file)\0C:\\no such file"s},
         UnusualPath{"NulBeforeTheFile", L"C:\\no such file\0(file)"s}, UnusualPath{"Relative", L"x86.dll"},
         UnusualPath{"RelativeToTheDrive", L"C:x86.dll"}, UnusualPath{"FolderWithABackslash", L"C:\\Windows\\"},
-        UnusualPath{"EmptyDrive", L"Q:\\x.tlb"}, UnusualPath{"DeadServer", L"\\\\dead-host\\share\\x.tlb"},
+        UnusualPath{"MissingDrive", L"Q:\\x.tlb"}, UnusualPath{"DeadServer", L"\\\\dead-host\\share\\x.tlb"},
         UnusualPath{"Url", L"https://www.vellumkit.example/x.tlb"}, UnusualPath{"Nul", L"\\\\.\\NUL"},
         UnusualPath{"NulAsAFile", L"C:\\Windows\\NUL"}, UnusualPath{"Console", L"CONIN$"},
         UnusualPath{"SerialPort", L"\\\\.\\COM1"}, UnusualPath{"Disk", L"\\\\.\\PhysicalDrive0"},

@@ -3,6 +3,7 @@
 #include "tests/support/LabOffice.h"
 #include "tests/support/Machine.h"
 #include "tests/support/Registry.h"
+#include "tests/support/Watchdog.h"
 
 #include <winternl.h>
 
@@ -108,6 +109,7 @@ TEST_F(HostileRegistry, OfKeysThatAreLinksToThemselvesHoldsNothingUp) {
 }
 
 TEST_F(HostileRegistry, OfSixteenMegabytesHoldsNothingUp) {
+    Watchdog::Allow(300);
     constexpr std::size_t Characters = 8 << 20;
     const std::wstring huge(Characters, L'x');
     RegisterText(L"OneNote.Application", nullptr, huge);

@@ -86,6 +86,15 @@ protected:
         return loaded;
     }
 
+    /// Whether this process, which has no defence, finds the library when the folder is its current one.
+    bool CanBeLoaded(const wchar_t* name) const {
+        const fs::path before = fs::current_path();
+        fs::current_path(fs::path(Temporary()) / GetParam());
+        const HMODULE library = LoadLibraryW(name);
+        fs::current_path(before);
+        return library != nullptr && FreeLibrary(library) && !Loaded().empty();
+    }
+
     /// The user reads the help page and goes on.
     static void Answer(const Program& frontEnd) {
         for (const WPARAM button : {102U, 101U}) {
@@ -136,6 +145,7 @@ TEST_P(LibraryPlanting, DoesNotReachASearchInVain) {
     Plant({L"xhcore.dll"});
     EXPECT_EQ(StartCopy(L"/config x").ExitCode(), 0U);
     EXPECT_EQ(Loaded(), std::set<fs::path>());
+    EXPECT_TRUE(CanBeLoaded(L"xhcore.dll"));
 }
 
 // The test's own proof that Wine loads what is planted: this program has no defence, and the front-end's name.
