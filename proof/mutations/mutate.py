@@ -75,7 +75,7 @@ def read_results():
 
 def explained():
     """The changes that the documentation explains: "- `core/Log.cpp`: `old` → `new`: reason"."""
-    lines = re.findall(r"^- `([^`]+)`: (`[^`]*` → `[^`]*`): ", EXPLANATIONS.read_text(), re.MULTILINE)
+    lines = re.findall(r"^- `([^`]+)`: (`[^`]*` → `[^`]*`):\s", EXPLANATIONS.read_text(), re.MULTILINE)
     return set(lines)
 
 

@@ -21,20 +21,25 @@ namespace {
 
 const std::wstring Checking = L"Checking if OneNote is running";
 
-/// Lists these processes, in this order, instead of all that run.
+/// Lists these processes, in this order, instead of all that run. What the list leaves of its buffer begins with
+/// `behind`.
 class ProcessList {
 public:
-    explicit ProcessList(std::vector<DWORD> ids) { Ids = std::move(ids); }
+    explicit ProcessList(std::vector<DWORD> ids, DWORD behind = 0) {
+        Ids = std::move(ids);
+        Behind = behind;
+    }
 
 private:
     static BOOL WINAPI List(DWORD* ids, DWORD size, DWORD* needed) {
         EXPECT_EQ(size, 4096U);
-        std::ranges::copy(Ids, ids);
+        *std::ranges::copy(Ids, ids).out = Behind;
         *needed = static_cast<DWORD>(Ids.size() * sizeof(DWORD));
         return TRUE;
     }
 
     static inline std::vector<DWORD> Ids;
+    static inline DWORD Behind;
     ImportPatch<decltype(EnumProcesses)> patch_{"K32EnumProcesses", List};
 };
 
@@ -149,6 +154,12 @@ TEST_F(OneNoteSearch, FindsNothingInAnEmptyList) {
     const ProcessList list({});
     EXPECT_FALSE(FindOneNoteProcess());
     EXPECT_EQ(Logged(), Entries{Checking});
+}
+
+TEST_F(OneNoteSearch, LooksAtNoProcessBehindTheList) {
+    const TargetProgram program = Start(L"onenote.exe");
+    const ProcessList list({GetCurrentProcessId()}, program.Id());
+    EXPECT_FALSE(FindOneNoteProcess());
 }
 
 TEST_F(OneNoteSearch, FailsWhenTheProcessesCannotBeListed) {

@@ -351,6 +351,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SeekCase{"FromTheEnd", 10, 0, STREAM_SEEK_END, std::nullopt},
                     SeekCase{"BackFromTheEnd", 10, -1, STREAM_SEEK_END, std::nullopt},
                     SeekCase{"BackFromTheEndToTheFirstBeyond31Bits", 10, -Last, STREAM_SEEK_END, std::nullopt},
+                    SeekCase{"BackFromTheEndByMoreThan31Bits", 10, -TwoTo31 - 1, STREAM_SEEK_END, std::nullopt},
                     SeekCase{"BackFromTheEndToTheLastOf31Bits", 10, -TwoTo31, STREAM_SEEK_END, Last},
                     SeekCase{"FromAnUnknownOriginToTheLastOf31Bits", 10, Last, 7, Last},
                     SeekCase{"FromAnUnknownOriginBeyond31Bits", 10, Last + 1, 7, std::nullopt}),
