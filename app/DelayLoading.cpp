@@ -5,13 +5,14 @@
 
 #include <array>
 
-extern "C" const IMAGE_DOS_HEADER __ImageBase; // the linker's name for where the executable begins
+/// The executable itself, by the linker's name for its beginning.
+extern const IMAGE_DOS_HEADER Executable asm("__ImageBase");
 
 namespace {
 
 template <typename Structure>
 Structure* At(ULONGLONG address) {
-    return reinterpret_cast<Structure*>(reinterpret_cast<ULONG_PTR>(&__ImageBase) + address);
+    return reinterpret_cast<Structure*>(reinterpret_cast<ULONG_PTR>(&Executable) + address);
 }
 
 HMODULE Load(const char* name) {
