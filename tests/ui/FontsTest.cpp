@@ -1,5 +1,6 @@
 #include "ui/Fonts.h"
 
+#include "tests/support/ComApartment.h"
 #include "tests/support/ImportPatch.h"
 #include "tests/support/Layouts.h"
 #include "tests/support/LiveObjects.h"
@@ -126,6 +127,10 @@ TEST_F(Fonts, GetAHandleFromAnUnfilledDescriptionWhenItCannotBeHad) {
     EXPECT_EQ(std::memcmp(descriptions.data(), &unfilled, sizeof unfilled), 0);
     EXPECT_EQ(ControlFont(), nullptr);
     EXPECT_EQ(StatusFont().GetLastStatus(), Gdiplus::GenericError);
+}
+
+TEST_F(Fonts, AreMadeInASingleThreadedApartment) {
+    EXPECT_TRUE(EntersSingleThreadedApartment(StartGraphics));
 }
 
 TEST_F(Fonts, AreMadeWithGraphicsStartedByDefault) {
