@@ -75,6 +75,18 @@ TEST_F(Fonts, HaveTheSameFaceForGdi) {
     EXPECT_FALSE(description.lfItalic || description.lfUnderline || description.lfStrikeOut);
 }
 
+TEST_F(Fonts, AreOfTheirOwnFamilyWhereItIsThere) {
+    static decltype(&flat::GdipCreateFontFamilyFromName) original;
+    original = ImportedNow<decltype(flat::GdipCreateFontFamilyFromName)>("GdipCreateFontFamilyFromName");
+    const ImportPatch<decltype(flat::GdipCreateFontFamilyFromName)> create(
+        "GdipCreateFontFamilyFromName",
+        [](const WCHAR* /*name*/, Gdiplus::GpFontCollection* fonts, Gdiplus::GpFontFamily** family) {
+            return original(L"Marlett", fonts, family); // every Windows has it, and it is not the generic one
+        });
+    StartGraphics();
+    EXPECT_EQ(FamilyOf(StatusFont()), L"Marlett");
+}
+
 TEST_F(Fonts, AreOfTheGenericFamilyAtTheSameSizeAndStyleWhereTheirOwnIsMissing) {
     const ImportPatch<decltype(flat::GdipCreateFontFamilyFromName)> create("GdipCreateFontFamilyFromName", NoFamily);
     StartGraphics();
