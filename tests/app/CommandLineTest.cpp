@@ -19,6 +19,7 @@ struct Case {
 
 // Before any test changes it.
 const bool DelayAtStart = DelayOption;
+const bool UnattendedAtStart = UnattendedMode;
 
 class CommandLine : public testing::TestWithParam<Case> {
 protected:
@@ -33,6 +34,7 @@ protected:
 
 TEST_F(CommandLine, ThatIsNotReadHoldsNoOption) {
     EXPECT_FALSE(DelayAtStart);
+    EXPECT_FALSE(UnattendedAtStart);
 }
 
 TEST_P(CommandLine, IsRead) {
