@@ -22,7 +22,7 @@ case ${1:-} in
 esac
 
 replacing='WindowedInstallation.ClosesItsLogBeforeTheRuntimeEndsTheProcess:TemporaryFolder.That*'
-replacing+=':ElevatedInstallerFate.*BeforeItsStart*'
+replacing+=':ElevatedInstallerFate.*BeforeItsStart*:AbnormalEnd.IsThatOfAFaultInTheStartUpCodeToo'
 build=$PWD/out/proof/coverage/build
 run_tests() { # PROGRAM FILTER
     VELLUMKIT_PREFIX=coverage GCOV_PREFIX=Z: nice -n 10 lab/machine.sh display \
