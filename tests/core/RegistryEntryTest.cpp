@@ -404,3 +404,10 @@ TEST_F(RegistryEntries, DeleteLogsTheDescriptionThatAnErrorCarriesInTheAnsiCodeP
     MultiByteToWideChar(CP_ACP, 0, ansi, -1, kept, 2);
     EXPECT_EQ(Logged().back(), std::wstring(L"ERROR: The hive is gone. ") + kept);
 }
+
+TEST_F(RegistryEntries, DeleteLogsADescriptionOfASingleCharacter) {
+    const ImportPatch<decltype(RegDeleteTreeW)> remove(
+        "RegDeleteTreeW", [](HKEY, LPCWSTR) -> LSTATUS { throw _com_error(E_FAIL, MakeErrorInformation(L"?")); });
+    Entry(nullptr).Delete();
+    EXPECT_EQ(Logged().back(), L"ERROR: ?");
+}
