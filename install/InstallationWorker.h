@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
-/// Performs installation passes; its argument is unused. Each pass waits for OneNote to be
-/// gone, runs the elevated installer, repairs the user's settings, and posts its states to `MainWindow`.
+/// Performs installation passes; its argument is unused. Each pass waits for OneNote to be gone, runs the elevated
+/// installer, repairs the user's settings, and posts its states to `MainWindow`.
 ///
 /// In unattended mode there is one pass and nothing is posted: returns 0 when it succeeded, 1 when it failed.
 /// Otherwise it waits for `ContinueEvent` after each pass: with `ExitRequested` it signals `WorkerDoneEvent` and
