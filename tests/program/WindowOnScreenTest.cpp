@@ -76,6 +76,14 @@ TEST_F(WindowOnScreen, ShowsLogoTextBandAndButtonsInTheirPlaces) {
     EXPECT_TRUE(IsFilled(seen, between, LightGrey));
 }
 
+TEST_F(WindowOnScreen, BelongsToTheExecutable) {
+    const Program program = Start(L"");
+    const InstallerScreen screen(program);
+    screen.Await(ScreenStatus::Completed);
+    for (const HWND window : {screen.Window(), screen.Primary(), screen.Secondary()})
+        EXPECT_NE(GetWindowLongPtrW(window, GWLP_HINSTANCE), 0);
+}
+
 // AbortDoc has nothing to abort there, and fails: its answer is not positive.
 TEST_F(WindowWithoutResolution, HasTheSizesOf96Dpi) {
     const Program program(CopyFrontEndThatCalls("AbortDoc", "GetDeviceCaps"), L"", Temporary());
