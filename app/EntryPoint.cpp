@@ -34,8 +34,7 @@ struct Preparation {
 [[gnu::section(".CRT$XCU"), gnu::used]] void (*const BeforeTheRunTimeLibrary)() = EndProcessOnProcessorFaults;
 #endif
 
-// Before the entry point runs, and before the run-time library makes its stack guard, for which that of Debian 12 calls
-// the cryptography service: that loads libraries.
+// Before the entry point runs, and before any other constructor.
 [[gnu::init_priority(101), maybe_unused]] const Preparation Prepared;
 
 } // namespace

@@ -1,26 +1,20 @@
 // What Windows reads about the executable before any of its code runs. The header points to it: see
 // cmake/set-load-configuration.sh.
 
+#include "app/StackGuard.h"
+
 #include <windows.h>
 
 #if defined(__MINGW32__)
 
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers" // what is not named here is zero
 
-namespace {
-
-// Windows wants this value, which says that a cookie is still to be chosen, and puts a random one in its place. Nothing
-// here uses it: this compiler's stack guard is another variable.
-ULONGLONG SecurityCookie = 0x00002B992DDFA232;
-
-} // namespace
-
 // Reserved1, which later headers call DependentLoadFlags, says how Windows 10 and later search for the libraries that
 // are loaded with the program.
 extern "C" [[gnu::section(".ldcfg")]] const IMAGE_LOAD_CONFIG_DIRECTORY64 LoadConfiguration{
     .Size = sizeof LoadConfiguration,
     .Reserved1 = LOAD_LIBRARY_SEARCH_SYSTEM32,
-    .SecurityCookie = reinterpret_cast<ULONGLONG>(&SecurityCookie),
+    .SecurityCookie = reinterpret_cast<ULONGLONG>(&StackGuard),
 };
 
 #endif

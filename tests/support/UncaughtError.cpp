@@ -6,7 +6,9 @@
 
 #include <comdef.h>
 
+#include <array>
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 #include <string_view>
 #include <thread>
@@ -19,6 +21,13 @@ namespace {
 
 void ThrowWithoutLeave() noexcept { // NOLINT(bugprone-exception-escape): that it may not is the point
     Throw(nullptr);
+}
+
+/// What stands behind the array is what guards the return.
+void OverwriteStack() {
+    std::array<char, 16> array{};
+    const volatile std::size_t size = 2 * array.size();
+    std::memset(array.data(), 'x', size);
 }
 
 } // namespace
@@ -40,6 +49,8 @@ int WINAPI wWinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, wchar_t* com
         ThrowWithoutLeave();
     if (error == L"fault")
         RaiseException(static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION), 0, 0, nullptr);
+    if (error == L"stack")
+        OverwriteStack();
     if (error == L"abort")
         std::abort();
     return 0;
