@@ -21,6 +21,14 @@ void OnAbort(int /*signal*/) {
 
 } // namespace
 
+#if defined(__MINGW32__)
+// What is called until std::set_terminate names another one. The run-time library's own prints the exception, and has
+// all with it that unmangles the name of a type.
+void __gnu_cxx::__verbose_terminate_handler() {
+    EndProcessAbnormally();
+}
+#endif
+
 void EndProcessAbnormally() {
     TerminateProcess(GetCurrentProcess(), AbnormalExitCode);
     std::_Exit(static_cast<int>(AbnormalExitCode)); // not reached
