@@ -9,10 +9,8 @@
 #include <shellapi.h>
 #include <shlwapi.h>
 
-#include <algorithm>
 #include <array>
-#include <filesystem>
-#include <fstream>
+#include <cstring>
 #include <optional>
 
 namespace {
@@ -64,7 +62,7 @@ bool HoldsSomethingElse(HANDLE file, std::span<const char> bytes) {
         const auto read = std::span(chunk).first(count);
         if (read.empty())
             return !bytes.empty();
-        if (read.size() > bytes.size() || !std::ranges::equal(read, bytes.first(read.size())))
+        if (read.size() > bytes.size() || std::memcmp(read.data(), bytes.data(), read.size()) != 0)
             return true;
         bytes = bytes.subspan(read.size());
     }
@@ -106,13 +104,14 @@ void EnsureFolder(const std::wstring& path) {
 }
 
 bool WriteBytesToFile(const std::wstring& path, std::span<const char> bytes, bool* whole) {
-    std::ofstream file(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
-    if (!file.is_open())
+    const UniqueHandle file(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                        CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file)
         return false;
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    file.close();
+    DWORD count = 0;
+    const BOOL written = WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr);
     if (whole != nullptr)
-        *whole = file.good();
+        *whole = written && count == bytes.size();
     return true;
 }
 

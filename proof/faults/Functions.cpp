@@ -72,9 +72,6 @@ constexpr const char* Raises = "raises an exception instead of returning a failu
 
 constexpr Function Table[] = {
     // advapi32
-    Fails("CryptAcquireContextA", Zero("NTE_PROVIDER_DLL_FAIL", 0x8009001D)),
-    Fails("CryptGenRandom", Zero("NTE_FAIL", 0x80090020)),
-    Fails("CryptReleaseContext", Zero("ERROR_BUSY", ERROR_BUSY)),
     Fails("RegCloseKey", StatusInvalidHandle),
     Fails("RegCreateKeyExW", StatusAccessDenied),
     Fails("RegDeleteTreeW", StatusAccessDenied),
@@ -234,6 +231,7 @@ constexpr Function Table[] = {
     Fails("WaitForMultipleObjects", Result("WAIT_FAILED, ERROR_INVALID_HANDLE", WAIT_FAILED, ERROR_INVALID_HANDLE)),
     Fails("WaitForSingleObject", Result("WAIT_FAILED, ERROR_INVALID_HANDLE", WAIT_FAILED, ERROR_INVALID_HANDLE)),
     Fails("WideCharToMultiByte", Zero("ERROR_INSUFFICIENT_BUFFER", ERROR_INSUFFICIENT_BUFFER)),
+    Fails("WriteFile", Zero("ERROR_DISK_FULL", ERROR_DISK_FULL)),
     Safe("__C_specific_handler", Unwinding),
     Safe("lstrlenW", Pure),
 

@@ -98,14 +98,14 @@ protected:
     static inline std::function<void()> Change;
 
 private:
-    // The runtime library opens files with CreateFileW of its own imports: this is the call that keeps the file.
     static inline auto* const Open = ImportedNow<decltype(CreateFileW)>("CreateFileW");
 
     ImportPatch<decltype(CreateFileW)> patch_{
         "CreateFileW",
         [](LPCWSTR path, DWORD access, DWORD others, LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
            HANDLE model) -> HANDLE {
-            Change();
+            if (access == GENERIC_READ) // this call keeps the file
+                Change();
             return Open(path, access, others, security, disposition, flags, model);
         }};
 };
@@ -177,25 +177,13 @@ TEST_F(Payload, FileThatCannotBeWrittenIsOnlyToldApart) {
     EXPECT_TRUE(WriteBytesToFile(File(), std::string("x"), &whole));
     EXPECT_TRUE(whole);
     {
-        const ImportPatch<int(int, const void*, unsigned)> write("_write",
-                                                                 [](int, const void*, unsigned) -> int { return -1; });
+        const ImportPatch<decltype(WriteFile)> write(
+            "WriteFile", [](HANDLE, LPCVOID, DWORD, LPDWORD, LPOVERLAPPED) -> BOOL { return FALSE; });
         EXPECT_TRUE(WriteBytesToFile(File(), std::string("x")));
         EXPECT_TRUE(WriteBytesToFile(File(), std::string("x"), &whole));
         EXPECT_FALSE(whole);
     }
     EXPECT_EQ(ReadBytes(File()), "");
-}
-
-TEST_F(Payload, FileThatCannotBeClosedIsNotWhole) {
-    fs::create_directory(Folder());
-    bool whole = true;
-    static auto* const close = ImportedNow<int(FILE*)>("fclose");
-    const ImportPatch<int(FILE*)> failing("fclose", [](FILE* file) -> int {
-        close(file);
-        return EOF;
-    });
-    EXPECT_TRUE(WriteBytesToFile(File(), std::string("x"), &whole));
-    EXPECT_FALSE(whole);
 }
 
 // ExtractAndRunInstaller
@@ -282,12 +270,10 @@ TEST_F(ShellExecution, DoesNotHappenForAFileThatSomebodyLocks) {
 }
 
 TEST_F(ShellExecution, HappensForAFileThatWasNotWrittenWhole) {
-    static int writes;
-    static auto* const write = ImportedNow<int(int, const void*, unsigned)>("_write");
-    writes = 0;
-    const ImportPatch<int(int, const void*, unsigned)> full(
-        "_write", [](int file, const void* bytes, unsigned count) -> int {
-            return ++writes == 1 ? write(file, bytes, std::min(count, 1000U)) : -1; // the disk is full then
+    static auto* const write = ImportedNow<decltype(WriteFile)>("WriteFile");
+    const ImportPatch<decltype(WriteFile)> full(
+        "WriteFile", [](HANDLE file, LPCVOID bytes, DWORD size, LPDWORD count, LPOVERLAPPED overlapped) -> BOOL {
+            return write(file, bytes, std::min(size, DWORD{1000}), count, overlapped);
         });
     ExtractAndRunInstaller();
     EXPECT_TRUE(WasAsked());
@@ -376,9 +362,9 @@ TEST_F(Payload, ThatCannotBeWrittenFailsWithTheSystemsCode) {
 }
 
 TEST_F(Payload, ThatCannotBeWrittenWithoutACodeFailsWithZero) {
-    // The runtime opens files with CreateFileW of its own imports, so its open function is replaced.
-    const ImportPatch<FILE*(const wchar_t*, const wchar_t*)> open(
-        "_wfopen", [](const wchar_t*, const wchar_t*) -> FILE* { return nullptr; });
+    const ImportPatch<decltype(CreateFileW)> open("CreateFileW",
+                                                  [](LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD,
+                                                     HANDLE) -> HANDLE { return INVALID_HANDLE_VALUE; });
     // What went before left a code behind.
     const ImportPatch<decltype(LockResource)> lock("LockResource", [](HGLOBAL) -> LPVOID {
         SetLastError(ERROR_NOT_SUPPORTED);
