@@ -1,7 +1,8 @@
 #include "core/ComError.h"
 
+#include <strsafe.h>
+
 #include <array>
-#include <cwchar>
 
 namespace {
 
@@ -49,6 +50,6 @@ void ThrowIfWin32Failed(LSTATUS status) {
 
 std::wstring ComErrorText(const _com_error& error) {
     std::array<wchar_t, 16> code{};
-    std::swprintf(code.data(), code.size(), L" (0x%lx)", static_cast<unsigned long>(error.Error()));
+    StringCchPrintfW(code.data(), code.size(), L" (0x%lx)", static_cast<unsigned long>(error.Error()));
     return Message(error) + code.data();
 }

@@ -5,11 +5,11 @@
 #include <windows.h>
 
 #include <share.h>
+#include <strsafe.h>
 
 #include <array>
 #include <cstdio>
 #include <ctime>
-#include <cwchar>
 #include <locale>
 #include <mutex>
 #include <streambuf>
@@ -120,8 +120,8 @@ std::wstring Timestamp() {
     const std::wstring_view day = Days.substr(3 * static_cast<std::size_t>(local.tm_wday), 3);
     const std::wstring_view month = Months.substr(3 * static_cast<std::size_t>(local.tm_mon), 3);
     std::array<wchar_t, 64> rest{};
-    std::swprintf(rest.data(), rest.size(), L" %2d %02d:%02d:%02d %04d", local.tm_mday, local.tm_hour, local.tm_min,
-                  local.tm_sec, 1900 + local.tm_year);
+    StringCchPrintfW(rest.data(), rest.size(), L" %2d %02d:%02d:%02d %04d", local.tm_mday, local.tm_hour, local.tm_min,
+                     local.tm_sec, 1900 + local.tm_year);
     return std::wstring(day).append(L" ").append(month).append(rest.data());
 }
 

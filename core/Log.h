@@ -1,6 +1,8 @@
 #pragma once
 
 #include <ostream>
+#include <string>
+#include <string_view>
 
 /// The program's log: one text file in the user's temporary folder, UTF-16LE with a byte-order mark, emptied when the
 /// first call opens it. The name tells which program of the product runs ("Vellumkit_Install.log" for this one).
@@ -20,3 +22,8 @@ std::wostream& Log(bool withPrefix);
 /// Writes what is pending and closes the file; later texts vanish, also those of a thread that is writing now. A
 /// failure only marks the stream as failed. Any thread.
 void CloseLog();
+
+/// As the library's own, which brings along all that reads from streams.
+inline std::wostream& operator<<(std::wostream& log, const std::wstring& text) {
+    return log << std::wstring_view(text);
+}

@@ -4,6 +4,10 @@
 #include "core/Log.h"
 #include "core/Unique.h"
 
+#include <strsafe.h>
+
+#include <array>
+
 namespace {
 
 bool IsString(DWORD type) {
@@ -124,8 +128,11 @@ std::wstring RegistryEntry::ValueText() const {
         return stringData + L" (String)";
     case REG_EXPAND_SZ:
         return stringData + L" (String expand)";
-    case REG_DWORD:
-        return std::to_wstring(dwordData) + L" (DWORD)";
+    case REG_DWORD: {
+        std::array<wchar_t, 32> text{};
+        StringCchPrintfW(text.data(), text.size(), L"%lu (DWORD)", dwordData);
+        return text.data();
+    }
     default:
         return L"<no-value>";
     }

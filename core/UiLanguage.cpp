@@ -4,6 +4,7 @@
 #include "core/RegistryEntry.h"
 
 #include <comdef.h>
+#include <strsafe.h>
 
 #include <algorithm>
 #include <array>
@@ -12,9 +13,10 @@
 namespace {
 
 bool ReadLanguageSetting(int version, const wchar_t* valueName, DWORD type, RegistryEntry& entry) {
-    entry = {.root = HKEY_CURRENT_USER,
-             .subkey = L"Software\\Microsoft\\Office\\" + std::to_wstring(version) + L".0\\Common\\LanguageResources",
-             .valueName = valueName};
+    std::array<wchar_t, 64> subkey{};
+    StringCchPrintfW(subkey.data(), subkey.size(), LR"(Software\Microsoft\Office\%d.0\Common\LanguageResources)",
+                     version);
+    entry = {.root = HKEY_CURRENT_USER, .subkey = subkey.data(), .valueName = valueName};
     return entry.Read() && entry.type == type;
 }
 
