@@ -56,6 +56,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, wchar_t* command
 
     if (UnattendedMode)
         return static_cast<int>(InstallationWorker(nullptr));
+    MakeFonts();
     LoadLogo();
     if (!CreateInstallerWindow() || !StartWorkerThread())
         return 0;

@@ -47,6 +47,9 @@ void StartGraphics() {
     ULONG_PTR token = 0;   // not kept: GDI+ is never shut down
     const Gdiplus::GdiplusStartupInput input;
     Gdiplus::GdiplusStartup(&token, &input, nullptr);
+}
+
+void MakeFonts() {
     MakeStatusFont();
     ControlFontHandle = MakeControlFont();
 }

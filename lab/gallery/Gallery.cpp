@@ -84,6 +84,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, wchar_t* /*comma
     SetDpiAwareness();
     InstanceHandle = instance;
     StartGraphics();
+    MakeFonts();
     LoadLogo();
     if (__argc < 3 || !CreateInstallerWindow())
         return 1;

@@ -7,7 +7,10 @@
 namespace {
 
 class Graphics : public testing::Environment {
-    void SetUp() override { StartGraphics(); }
+    void SetUp() override {
+        StartGraphics();
+        MakeFonts();
+    }
 };
 
 const testing::Environment* const Started = testing::AddGlobalTestEnvironment(new Graphics);

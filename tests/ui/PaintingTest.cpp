@@ -261,11 +261,11 @@ TEST_F(Painting, DrawsEverythingElseWithoutAFont) {
             "GdipCreateFont", [](const Gdiplus::GpFontFamily*, Gdiplus::REAL, INT, Gdiplus::Unit, Gdiplus::GpFont**) {
                 return Gdiplus::FontFamilyNotFound;
             });
-        StartGraphics();
+        MakeFonts();
     }
     const Picture picture = PaintText(L"Some text");
     EXPECT_TRUE(DrawnText(picture).IsEmptyArea());
     EXPECT_FALSE(Drawn(picture, layout_.logo).IsEmptyArea());
     EXPECT_TRUE(IsFilled(picture, layout_.band, LightGrey));
-    StartGraphics();
+    MakeFonts();
 }

@@ -24,6 +24,7 @@ TEST(ScreenWithTwoResolutions, ScalesTheLayoutByTheOneAcrossAndTheFontByTheOneDo
     EXPECT_EQ(ClientArea(), Gdiplus::Rect(0, 0, 300, 150));
     EXPECT_EQ(PrimaryButtonArea(), Gdiplus::Rect(195, 125, 90, 20));
     StartGraphics();
+    MakeFonts();
     CoUninitialize(); // StartGraphics initialises COM for the life of its process
     EXPECT_EQ(StatusFont().GetSize(), 18);
 }
