@@ -16,8 +16,9 @@ render() { # FOLDER
         rsvg-convert --width "$size" --height "$size" logo.svg --output "$work/$size.png"
         frames+=("$work/$size.png")
     done
-    # The largest one stays a PNG inside the icon.
-    icotool --create --output "$1/vellumkit.ico" "${frames[@]:0:7}" --raw="${frames[7]}"
+    # The larger ones stay PNGs inside the icon, a tenth of their size.
+    local large=("${frames[@]:4}")
+    icotool --create --output "$1/vellumkit.ico" "${frames[@]:0:4}" "${large[@]/#/--raw=}"
     cp "$work/64.png" "$1/logo.png"
 }
 
