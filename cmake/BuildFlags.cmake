@@ -18,12 +18,17 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         -Wlogical-op -Wmissing-declarations -Wold-style-cast -Woverloaded-virtual -Wshadow
         -Wsign-conversion -Wundef
         -fstack-protector-strong
-        -ffunction-sections -fdata-sections)
+        -ffunction-sections -fdata-sections
+        # Symbols for a file of their own, and the same bytes wherever it is built.
+        $<$<CONFIG:Release>:-g>
+        $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=/vellumkit>
+        $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=/vellumkit/build>)
     target_link_options(vellumkit_build_flags INTERFACE
         -static
         $<$<BOOL:$<TARGET_PROPERTY:WIN32_EXECUTABLE>>:-municode> # the entry point is wWinMain
         -fstack-protector-strong # links the library of its run-time part
         -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat
         -Wl,--gc-sections
-        $<$<CONFIG:Release>:-s>)
+        -Wl,--no-insert-timestamp # the same bytes whenever it is built
+        $<$<AND:$<CONFIG:Release>,$<NOT:$<BOOL:$<TARGET_PROPERTY:SYMBOLS_APART>>>>:-s>)
 endif()
