@@ -73,7 +73,8 @@ add_custom_target(shellcheck
     COMMAND "${SHELLCHECK}" --external-sources run.sh test.sh lint.sh lab/languages.sh lab/machine.sh
         lab/installation.sh lab/gallery/gallery.sh resources/render-artwork.sh cmake/set-load-configuration.sh
         prove.sh proof/coverage.sh proof/endurance.sh proof/faults.sh proof/hostile.sh proof/mutations.sh
-        proof/suites.sh tests/includes.sh tests/program/planting.sh .ci/run
+        proof/suites.sh release.sh release/assemble.sh release/sign.sh tests/includes.sh tests/program/planting.sh
+        tests/release/crash-address.sh tests/release/reproducible.sh tests/release/signature.sh .ci/run
     WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
     COMMENT "Checking the scripts"
     VERBATIM)

@@ -36,7 +36,11 @@ packages=(
     imagemagick                  # screenshots, contact sheets (lettered in Open Sans), comparison of pictures
     librsvg2-bin icoutils        # rsvg-convert and icotool, which render the artwork
     locales                      # localedef, and from what it makes the locale of another country
-    python3                      # changes the sources one place at a time, and reads what the tests have reached
+    python3                      # changes the sources one place at a time, and reads what the tests have reached; lists
+                                 # what is linked in, and packs the tests for Windows
+    git                          # tells ./release.sh whether a commit has the sources, and when it was made
+    osslsigncode openssl         # signs the executable; makes the certificate with which a test does
+    faketime                     # another day, on which a release must be the same
 )
 lint_packages=(clang-format-14 clang-tidy-14 shellcheck)
 

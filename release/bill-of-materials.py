@@ -1,0 +1,159 @@
+#!/usr/bin/env python3
+"""Writes which libraries are linked into the executable, as SPDX 2.3, and the texts of their licences.
+
+    release/bill-of-materials.py BUILD FOLDER
+
+The folder has the executable, as it is shipped. What is in it is read from the linker's map in the build's folder. The
+document tells the time of SOURCE_DATE_EPOCH. Fails when something is linked in that no known component brings.
+"""
+
+import datetime
+import hashlib
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+
+PROGRAM = "VellumkitInstaller.x64.exe"
+RUN_TIME_LIBRARY = "GPL-3.0-or-later WITH GCC-exception-3.1"
+
+# What is known to be linked in: pattern of its files, Debian's source package, component, its makers, its licence.
+COMPONENTS = (
+    (r"libstdc\+\+.*\.a", "gcc-mingw-w64", "libstdc++", "Free Software Foundation", RUN_TIME_LIBRARY),
+    (r"libgcc(_eh)?\.a|crt(begin|end)\.o", "gcc-mingw-w64", "libgcc", "Free Software Foundation", RUN_TIME_LIBRARY),
+    (r"libssp(_nonshared)?\.a", "gcc-mingw-w64", "libssp", "Free Software Foundation", RUN_TIME_LIBRARY),
+    (r"lib(win)?pthread\.a", "mingw-w64", "winpthreads", "mingw-w64 project", "MIT AND BSD-3-Clause"),
+    (r"lib.*\.a|crt2u?\.o", "mingw-w64", "mingw-w64-runtime", "mingw-w64 project",
+     "ZPL-2.1 AND LicenseRef-mingw-w64-files"),
+)
+
+
+def output_of(*command):
+    return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout
+
+
+def sha256(file):
+    return hashlib.sha256(file.read_bytes()).hexdigest()
+
+
+def cached(build, name):
+    """A value of CMake's cache."""
+    return re.search(rf"^{name}:\w+=(.*)$", (build / "CMakeCache.txt").read_text(), re.MULTILINE)[1]
+
+
+def linked_files(linker_map):
+    """The files that have given the executable at least one byte. Symbols for the debugger are not shipped in it."""
+    files = set()
+    section = ""
+    for line in linker_map.partition("\nLinker script and memory map\n")[2].splitlines():
+        if start := re.match(r"[./]\S+", line):
+            section = start[0]
+        # The name of an input section stands on the line before when it is long.
+        part = re.match(r"(?: \S+)? +0x([0-9a-f]+) +0x([0-9a-f]+) (.+?)(?:\([^()]*\))?$", line)
+        if part and int(part[1], 16) and int(part[2], 16) and not section.startswith((".debug", "/")):
+            files.add(part[3])
+    return files
+
+
+def debian_package(file):
+    name = output_of("dpkg-query", "--search", file).partition(": ")[0].partition(":")[0]
+    version, source, architecture = output_of(
+        "dpkg-query", "--show", "--showformat=${Version}\n${source:Package}\n${Architecture}", name).splitlines()
+    return {"name": name, "version": version, "source": source, "architecture": architecture}
+
+
+def linked_components(build):
+    """Component to its makers, its licence and the Debian package that it comes from."""
+    components = {}
+    linker_map = (build / f"{PROGRAM}.map").read_text()
+    for file in sorted(linked_files(linker_map)):
+        path = pathlib.Path(file)
+        # Our own: named from the build's folder, or the code that was optimised at the link.
+        if not path.is_absolute() or path.is_relative_to(build.resolve()) or path.name.endswith(".ltrans.o"):
+            continue
+        package = debian_package(path.resolve())
+        for pattern, source, component, makers, licence in COMPONENTS:
+            if package["source"] == source and re.fullmatch(pattern, path.name):
+                components[component] = (makers, licence, package)
+                break
+        else:
+            sys.exit(f"bill-of-materials.py: no known licence for {path.resolve()} of {package['name']}, which is linked in")
+    return dict(sorted(components.items()))
+
+
+def licence_of(package):
+    return pathlib.Path("/usr/share/doc", package["name"], "copyright").read_text(encoding="utf-8")
+
+
+def described_package(identifier, name, **fields):
+    return {"SPDXID": f"SPDXRef-{identifier}", "name": name, "downloadLocation": "NOASSERTION", "filesAnalyzed": False,
+            "licenseConcluded": "NOASSERTION", "copyrightText": "NOASSERTION", **fields}
+
+
+def checksums(file):
+    return [{"algorithm": "SHA256", "checksumValue": sha256(file)}]
+
+
+def document(build, program, components):
+    version = cached(build, "CMAKE_PROJECT_VERSION")
+    host = cached(build, "VELLUMKIT_WEB_HOST")
+    payload = pathlib.Path(cached(build, "VELLUMKIT_ELEVATED_INSTALLER") or build / "lab/elevated-installer.exe")
+    created = datetime.datetime.fromtimestamp(int(os.environ["SOURCE_DATE_EPOCH"]), datetime.timezone.utc)
+    licence = (program.parent / "LICENSE").read_text(encoding="utf-8")
+    packages = [
+        described_package("Installer", "VellumkitInstaller", versionInfo=version, packageFileName=PROGRAM,
+                          checksums=checksums(program), supplier="Organization: Vellumkit",
+                          licenseDeclared="LicenseRef-Vellumkit", copyrightText=licence.splitlines()[0],
+                          primaryPackagePurpose="INSTALL"),
+        described_package("ElevatedInstaller", "elevated installer", checksums=checksums(payload),
+                          licenseDeclared="NOASSERTION", primaryPackagePurpose="INSTALL"),
+    ]
+    relationships = [("DOCUMENT", "DESCRIBES", "Installer"), ("Installer", "CONTAINS", "ElevatedInstaller")]
+    licences = {"LicenseRef-Vellumkit": licence}
+    for component, (makers, declared, package) in components.items():
+        identifier = component.replace("+", "x")
+        packages.append(described_package(
+            identifier, component, versionInfo=package["version"], licenseDeclared=declared,
+            supplier="Organization: Debian", originator=f"Organization: {makers}", primaryPackagePurpose="LIBRARY",
+            sourceInfo=f"from the Debian package {package['name']}, built from {package['source']}",
+            externalRefs=[{
+                "referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl",
+                "referenceLocator": f"pkg:deb/debian/{package['name'].replace('+', '%2B')}@"
+                                    f"{package['version'].replace('+', '%2B')}?arch={package['architecture']}"}]))
+        relationships.append(("Installer", "STATIC_LINK", identifier))
+        if "LicenseRef-mingw-w64-files" in declared:
+            licences["LicenseRef-mingw-w64-files"] = licence_of(package)
+    return {
+        "spdxVersion": "SPDX-2.3", "dataLicense": "CC0-1.0", "SPDXID": "SPDXRef-DOCUMENT",
+        "name": f"VellumkitInstaller-{version}",
+        "documentNamespace": f"https://{host}/spdx/VellumkitInstaller-{version}-{sha256(program)}",
+        "creationInfo": {"created": created.strftime("%Y-%m-%dT%H:%M:%SZ"),
+                         "creators": ["Organization: Vellumkit", "Tool: release.sh"]},
+        "packages": packages,
+        "relationships": [{"spdxElementId": f"SPDXRef-{element}", "relationshipType": kind,
+                           "relatedSpdxElement": f"SPDXRef-{related}"} for element, kind, related in relationships],
+        "hasExtractedLicensingInfos": [{"licenseId": identifier, "name": identifier.partition("-")[2],
+                                        "extractedText": text} for identifier, text in sorted(licences.items())],
+    }
+
+
+def write_licences(folder, components):
+    folder.mkdir()
+    for _, licence, package in components.values():
+        (folder / f"{package['source']}.txt").write_text(licence_of(package), encoding="utf-8")
+        if licence.startswith("GPL-3"):
+            shutil.copyfile("/usr/share/common-licenses/GPL-3", folder / "GPL-3.txt")
+
+
+def main():
+    build, folder = (pathlib.Path(argument) for argument in sys.argv[1:])
+    components = linked_components(build)
+    text = json.dumps(document(build, folder / PROGRAM, components), indent=2, ensure_ascii=False)
+    (folder / "VellumkitInstaller.x64.spdx.json").write_text(text + "\n", encoding="utf-8")
+    write_licences(folder / "licenses", components)
+
+
+main()
