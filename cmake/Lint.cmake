@@ -74,7 +74,8 @@ add_custom_target(shellcheck
         lab/installation.sh lab/gallery/gallery.sh resources/render-artwork.sh cmake/set-load-configuration.sh
         prove.sh proof/coverage.sh proof/endurance.sh proof/faults.sh proof/hostile.sh proof/mutations.sh
         proof/suites.sh release.sh release/assemble.sh release/sign.sh tests/includes.sh tests/program/planting.sh
-        tests/release/crash-address.sh tests/release/reproducible.sh tests/release/signature.sh .ci/run
+        tests/release/crash-address.sh tests/release/reproducible.sh tests/release/signature.sh
+        tests/release/windows-tests.sh .ci/run
     WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
     COMMENT "Checking the scripts"
     VERBATIM)

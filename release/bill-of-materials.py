@@ -80,7 +80,7 @@ def linked_components(build):
                 components[component] = (makers, licence, package)
                 break
         else:
-            sys.exit(f"bill-of-materials.py: no known licence for {path.resolve()} of {package['name']}, which is linked in")
+            sys.exit(f"bill-of-materials.py: {path.resolve()} is linked in, and its licence is not known here")
     return dict(sorted(components.items()))
 
 

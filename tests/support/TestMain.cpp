@@ -1,5 +1,6 @@
 #include "app/DpiAwareness.h"
 #include "core/Log.h"
+#include "tests/support/FailureRecord.h"
 #include "tests/support/LabBrowser.h"
 #include "tests/support/LabOffice.h"
 #include "tests/support/LabOneNote.h"
@@ -19,6 +20,7 @@ int main(int argc, char** argv) {
     const TestFolder folder;
     SetEnvironmentVariableW(L"TMP", folder.Path().c_str());
     Watchdog::Start();
+    RecordFailures();
     LabOneNote::Unregister();
     LabOffice::Remove();
     LabBrowser::Unregister();

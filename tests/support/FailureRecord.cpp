@@ -1,0 +1,76 @@
+#include "tests/support/FailureRecord.h"
+
+#include <windows.h>
+
+#include <gdiplus.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void SaveScreen(const fs::path& file) {
+    const int width = GetSystemMetrics(SM_CXSCREEN);
+    const int height = GetSystemMetrics(SM_CYSCREEN);
+    Gdiplus::Bitmap picture(width, height, PixelFormat24bppRGB);
+    {
+        Gdiplus::Graphics graphics(&picture);
+        const HDC target = graphics.GetHDC();
+        const HDC screen = GetDC(nullptr);
+        BitBlt(target, 0, 0, width, height, screen, 0, 0, SRCCOPY);
+        ReleaseDC(nullptr, screen);
+        graphics.ReleaseHDC(target);
+    }
+    constexpr CLSID PngEncoder{0x557CF406, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
+    picture.Save(file.c_str(), &PngEncoder, nullptr);
+}
+
+/// Not every test program has started GDI+.
+void SaveScreenWithGraphics(const fs::path& file) {
+    ULONG_PTR token = 0;
+    const Gdiplus::GdiplusStartupInput input;
+    if (Gdiplus::GdiplusStartup(&token, &input, nullptr) != Gdiplus::Ok)
+        return;
+    SaveScreen(file);
+    Gdiplus::GdiplusShutdown(token);
+}
+
+void SaveLog(const fs::path& file) {
+    std::error_code ignored;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(fs::temp_directory_path(), ignored))
+        if (entry.path().filename() == "Vellumkit_Install.log")
+            fs::copy_file(entry.path(), file, fs::copy_options::overwrite_existing, ignored);
+}
+
+class Listener : public testing::EmptyTestEventListener {
+public:
+    explicit Listener(fs::path folder) : folder_(std::move(folder)) {}
+
+private:
+    void OnTestPartResult(const testing::TestPartResult& result) override {
+        const testing::TestInfo* const test = testing::UnitTest::GetInstance()->current_test_info();
+        if (!result.failed() || test == nullptr)
+            return;
+        std::string name = std::string(test->test_suite_name()) + '.' + test->name();
+        std::ranges::replace(name, '/', '_');
+        if (fs::exists(folder_ / (name + ".png")))
+            return;
+        SaveScreenWithGraphics(folder_ / (name + ".png"));
+        SaveLog(folder_ / (name + ".log"));
+    }
+
+    fs::path folder_;
+};
+
+} // namespace
+
+void RecordFailures() {
+    std::array<wchar_t, MAX_PATH> folder{};
+    if (GetEnvironmentVariableW(L"VELLUMKIT_RESULTS", folder.data(), static_cast<DWORD>(folder.size())) != 0)
+        testing::UnitTest::GetInstance()->listeners().Append(new Listener(folder.data())); // owned by the list
+}
