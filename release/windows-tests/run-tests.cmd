@@ -29,7 +29,7 @@ for %%k in (HKCR\OneNote.Application HKCR\Word.Application HKLM\SOFTWARE\Microso
     if not errorlevel 1 goto refuse
 )
 set documents=0
-for %%d in (Desktop Documents Pictures OneDrive) do for /r "%USERPROFILE%\%%d" %%f in (*) do set /a documents+=1 >nul
+for %%d in (Desktop Documents Pictures OneDrive) do call :count "%USERPROFILE%\%%d"
 set "refusal=Somebody works here: %USERPROFILE% has %documents% documents. The tests need a user who has none."
 if %documents% gtr 50 goto refuse
 
@@ -67,6 +67,11 @@ start "" /wait "%kit%lab\gallery.exe" "%results%\screens" %languages%
 call :note gallery
 echo Please send back: %results%
 exit /b %failed%
+
+rem The folder of such a loop can't be the variable of another one.
+:count
+for /r %1 %%f in (*) do set /a documents+=1
+exit /b 0
 
 rem What this program does not run on Windows follows its name.
 :test

@@ -28,6 +28,14 @@ in_wine() {
     "$root/lab/machine.sh" wine "$@" >/dev/null 2>&1
 }
 
+# Also what an interrupted run has left.
+undo() {
+    in_wine reg delete 'HKCR\OneNote.Application' /f || true
+    in_wine reg delete 'HKCU\Control Panel\Desktop\WindowMetrics' /v AppliedDPI /f || true
+    in_wine cmd /c 'rmdir /s /q %USERPROFILE%\OneDrive' || true
+}
+
+undo
 export SOURCE_DATE_EPOCH=1700000000
 "$root/release/windows-tests.py" "$build" "$folder/tests.zip"
 faketime -f +400d "$root/release/windows-tests.py" "$build" "$folder/again.zip"
@@ -39,8 +47,15 @@ run_tests 2
 [ ! -e "$results" ] || fail "it has run without being told that the machine can be thrown away"
 in_wine reg add 'HKCR\OneNote.Application' /f
 run_tests 2 /throw-away
-in_wine reg delete 'HKCR\OneNote.Application' /f
+undo
 grep -q 'has Microsoft Office' "$folder/output" || fail "Office is not told"
+
+documents=$("$root/lab/machine.sh" wine cmd /c 'mkdir %USERPROFILE%\OneDrive & echo %USERPROFILE%\OneDrive')
+documents=$("$root/lab/machine.sh" wine winepath -u "${documents%$'\r'}")
+touch "$documents"/{1..51}.txt
+run_tests 2 /throw-away
+grep -q 'has 51 documents' "$folder/output" || fail "the documents are not told"
+undo
 
 run_tests 0 /throw-away 'CommandLine*:WindowLayout*:Executable.IsLoaded*'
 for program in unit-tests window-tests program-tests; do
@@ -64,3 +79,4 @@ grep -q 'the screen has 96 DPI, and the tests want 192' "$results/window-tests.t
 identify "$results"/failures/*WithoutOffice.png
 iconv -f UTF-16 -t UTF-8 "$results"/failures/*WithoutOffice.log | grep --text 'State: Complete' >/dev/null ||
     fail "a failure has left no log"
+undo
