@@ -5,10 +5,13 @@
 #include "tests/support/LabPrograms.h"
 #include "tests/support/LogText.h"
 #include "tests/support/Machine.h"
+#include "tests/support/WaitUntil.h"
 
 #include <imagehlp.h>
+#include <psapi.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <fstream>
 #include <set>
@@ -58,6 +61,19 @@ protected:
 std::string Lower(std::string text) {
     std::ranges::transform(text, text.begin(), [](char c) { return static_cast<char>(std::tolower(c)); });
     return text;
+}
+
+std::set<std::string> LibrariesIn(const Program& program) {
+    std::array<HMODULE, 256> modules{};
+    DWORD size = 0;
+    EXPECT_TRUE(EnumProcessModules(program.Handle(), modules.data(), sizeof modules, &size));
+    std::set<std::string> names;
+    for (const HMODULE module : std::span(modules).first(size / sizeof(HMODULE))) {
+        std::array<char, MAX_PATH> name{};
+        GetModuleBaseNameA(program.Handle(), module, name.data(), static_cast<DWORD>(name.size()));
+        names.insert(Lower(name.data()));
+    }
+    return names;
 }
 
 std::wstring VersionOf(DWORD upper, DWORD lower) {
@@ -173,6 +189,24 @@ TEST_F(Executable, IsA64BitWindowedProgramWithHardening) {
     EXPECT_TRUE(hardening & IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE);
     EXPECT_TRUE(hardening & IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA);
     EXPECT_TRUE(hardening & IMAGE_DLLCHARACTERISTICS_NX_COMPAT);
+}
+
+TEST_F(Executable, IsSmallBesideItsPayload) {
+    EXPECT_LT(std::filesystem::file_size(FrontEnd()) - std::filesystem::file_size(ElevatedInstaller()), 900'000U);
+}
+
+TEST_F(Executable, LoadsNoCryptographyAndWithoutAWindowNoPictures) {
+    const TargetProgram datebookery;
+    const Program frontEnd = Start(L"/config x");
+    WaitUntil("the wait for Datebookery", [&] {
+        return Utf16(ReadBytes(Temporary() + L"Vellumkit_Install.log")).find(L"Found process") != std::wstring::npos;
+    });
+    const std::set<std::string> libraries = LibrariesIn(frontEnd);
+    EXPECT_TRUE(libraries.contains("kernel32.dll"));
+    EXPECT_FALSE(libraries.contains("rsaenh.dll")) << "the provider of random numbers, for a stack guard";
+    EXPECT_FALSE(libraries.contains("windowscodecs.dll")) << "which decodes the logo";
+    datebookery.TellToEnd();
+    EXPECT_EQ(frontEnd.ExitCode(), 0U);
 }
 
 TEST_F(Executable, EmbedsTheElevatedInstallerAsItIs) {
