@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # The machine that builds and tests: Debian's packages, a private Wine prefix, a display.
 #
-#   lab/machine.sh packages [lint]    installs what is missing, also of what lint.sh needs
+#   lab/machine.sh packages [LIST]    installs what is missing, also of what lint.sh (lint) or bench.sh (bench) needs
 #   lab/machine.sh build [TARGET...]  builds the release
 #   lab/machine.sh wine PROGRAM...    runs a Windows program in a prefix
+#   lab/machine.sh linux COMMAND...   runs a Linux command that starts Windows programs in a prefix itself
 #   lab/machine.sh stop               ends what runs in a prefix
 #   lab/machine.sh display COMMAND... runs a command on a virtual display of its own, then stops the prefix
 #
@@ -43,6 +44,7 @@ packages=(
     faketime                     # another day, on which a release must be the same
 )
 lint_packages=(clang-format-14 clang-tidy-14 shellcheck)
+bench_packages=(nsis gnuplot-nox strace)
 
 fail() {
     echo "${0##*/}: $*" >&2
@@ -209,7 +211,7 @@ provide_desktop() ( # ENVIRONMENT
     fail "Wine shows no desktop"
 )
 
-run_wine() {
+run_in_prefix() { # COMMAND...
     local prefix=${VELLUMKIT_PREFIX:-lab} locale=()
     provide_prefix "$prefix"
     if [ -n "${VELLUMKIT_LOCALE:-}" ]; then
@@ -218,7 +220,7 @@ run_wine() {
     fi
     enter_prefix "$prefix"
     [ -z "${VELLUMKIT_ON_VIRTUAL_DISPLAY:-}" ] || provide_desktop "${locale[@]}"
-    exec "${at_fixed_addresses[@]}" env "${locale[@]}" wine "$@"
+    exec "${at_fixed_addresses[@]}" env "${locale[@]}" "$@"
 }
 
 stop_wine() {
@@ -242,12 +244,16 @@ command=${1:-}
 shift || true
 case $command in
 packages)
-    [ "${1:-}" != lint ] || packages+=("${lint_packages[@]}")
+    case ${1:-} in
+    lint) packages+=("${lint_packages[@]}") ;;
+    bench) packages+=("${bench_packages[@]}") ;;
+    esac
     install_packages
     ;;
 build) build "$@" ;;
-wine) run_wine "$@" ;;
+wine) run_in_prefix wine "$@" ;;
+linux) run_in_prefix "$@" ;;
 stop) stop_wine ;;
 display) run_on_virtual_display "$@" ;;
-*) fail "commands: packages, build, wine, stop, display" ;;
+*) fail "commands: packages, build, wine, linux, stop, display" ;;
 esac

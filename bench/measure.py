@@ -1,0 +1,337 @@
+#!/usr/bin/env python3
+"""Measures the installer and its peer in the Wine prefix that it is started in, pair by pair, and writes what came of it
+into FOLDER/results.tsv: a line for each number, with the measure, whose it is, and the pair.
+
+    measure.py FOLDER PEER PAIRS GROUP...
+"""
+
+import hashlib
+import os
+import re
+import resource
+import subprocess
+import sys
+import threading
+import time
+from pathlib import Path
+
+from measures import MEASURES, ONE_WRITE, SIZES
+
+ROOT = Path(__file__).resolve().parents[1]
+RELEASE = ROOT / "out/release"
+INSTALLER = RELEASE / "VellumkitInstaller.x64.exe"
+WORKLOADS = RELEASE / "bench/workloads.exe"
+PAYLOAD = RELEASE / "lab/elevated-installer.exe"
+
+PATIENCE = 120  # seconds
+SPECIFIED_WAIT = 1.0  # seconds that every pass sleeps
+REPORTED_KEYS = 5000
+
+
+class Ended:
+    """What the process was that a command became: Wine's loader becomes the Windows program."""
+
+    def __init__(self, command, output=None, **environment):
+        start = time.perf_counter()
+        with open(output or os.devnull, "w") as target:
+            process = subprocess.Popen([str(part) for part in command], cwd=ROOT, env={**os.environ, **environment},
+                                       stdout=target, stderr=target)
+            watchdog = threading.Timer(PATIENCE, process.kill)
+            watchdog.start()
+            _, status, usage = os.wait4(process.pid, 0)
+            watchdog.cancel()
+        self.seconds = time.perf_counter() - start
+        self.code = process.returncode = os.waitstatus_to_exitcode(status)
+        self.cpu_seconds = usage.ru_utime + usage.ru_stime
+        self.peak_kilobytes = usage.ru_maxrss
+
+
+def succeed(command, **options):
+    ended = Ended(command, **options)
+    if ended.code != 0:
+        sys.exit(f"measure.py: {' '.join(map(str, command))} ended with {ended.code}")
+    return ended
+
+
+def output_of(*command):
+    """Through a file: Wine's services, which the first program starts, would keep a pipe open."""
+    file = Path(f"/tmp/vellumkit-bench-{os.getpid()}")
+    try:
+        succeed(command, output=file)
+        return file.read_text().strip()
+    finally:
+        file.unlink(missing_ok=True)
+
+
+def server_process():
+    """Wine's server of this prefix: its directory is named by the prefix's."""
+    prefix = os.stat(os.environ["WINEPREFIX"])
+    folder = f"server-{prefix.st_dev:x}-{prefix.st_ino:x}"
+    for process in Path("/proc").glob("[0-9]*"):
+        try:
+            if Path(os.readlink(process / "cwd")).name == folder:
+                return process
+        except OSError:
+            continue  # has ended, or is another user's
+    sys.exit("measure.py: there is no server of this prefix")
+
+
+def nanoseconds_run(process):
+    return int((process / "schedstat").read_text().split()[0])
+
+
+def commonest_colour(picture):
+    histogram = output_of("convert", picture, "-format", "%c", "-depth", "8", "histogram:info:")
+    return max((int(count), colour) for count, colour in re.findall(r"(\d+): .*#([0-9A-F]{6})FF", histogram))[1]
+
+
+class Installer:
+    """One of the two programs that are compared."""
+
+    def __init__(self, side, program, unattended, log):
+        self.side, self.program, self.unattended, self.log = side, program, unattended, log
+
+    def unattended_pass(self, configuration):
+        return ["wine", self.program, *(argument.format(configuration) for argument in self.unattended)]
+
+
+class Bench:
+    def __init__(self, folder, peer, pairs):
+        self.folder, self.pairs = folder, pairs
+        self.windows_temporary = output_of("wine", "cmd", "/c", "echo %TEMP%")
+        self.temporary = Path(output_of("winepath", "-u", self.windows_temporary))
+        self.installer = Installer("installer", INSTALLER, ("/config", "{}"), "Vellumkit_Install.log")
+        self.peer = Installer("peer", peer, ("/S", "/config={}"), "Vellumkit_Peer.log")
+        self.logo_colour = commonest_colour("resources/logo.png")
+        self.results = []
+        for name, code in (("succeeds", 0), ("fails", 5)):
+            (self.temporary / f"{name}.ini").write_text(f"[ElevatedInstaller]\r\nExitCode={code}\r\n")
+
+    def configuration(self, name):
+        return f"{self.windows_temporary}\\{name}.ini"
+
+    def note(self, measure, side, pair, value):
+        self.results.append(f"{measure}\t{side}\t{pair}\t{value:.10g}")
+
+    def alternate(self, measure_once, *sides):
+        """Measures each side once, as often as there are pairs, who begins in turn. A first pair does not count."""
+        for pair in range(-1, self.pairs):
+            if sys.stdout.isatty():
+                print(f"\r  pair {pair + 1} of {self.pairs} ", end="", flush=True)
+            for side in sides if pair % 2 else reversed(sides):
+                for measure, value in measure_once(side):
+                    if pair >= 0:
+                        self.note(measure, getattr(side, "side", side), pair, value)
+        if sys.stdout.isatty():
+            print("\r\033[K", end="", flush=True)
+
+    # That both do the same.
+
+    def prepare(self):
+        """The machine as each pass finds it: settings to be repaired, nothing extracted."""
+        succeed(["wine", "reg", "import", ROOT / "bench/settings.reg"])
+        for file in ("Vellumkit/Vellumkit Installer.exe", "Vellumkit_Elev.log"):
+            (self.temporary / file).unlink(missing_ok=True)
+
+    def effects(self, installer):
+        """What a pass has changed: the user's settings, the payload and how it was called, and how the pass ended."""
+        self.prepare()
+        ended = Ended(installer.unattended_pass(self.configuration("succeeds")))
+        settings = self.temporary / "settings.reg"
+        succeed(["wine", "reg", "export", r"HKCU\Software", settings, "/y"])
+        target = self.temporary / "Vellumkit/Vellumkit Installer.exe"
+        called = self.temporary / "Vellumkit_Elev.log"
+        log = self.temporary / installer.log
+        failed = Ended(installer.unattended_pass(self.configuration("fails")))
+        return {
+            "exit code": ended.code,
+            "exit code after a payload that failed": failed.code,
+            "waits for the payload": ended.seconds > SPECIFIED_WAIT,
+            "settings": settings.read_text("utf-16"),
+            "payload": hashlib.sha256(target.read_bytes()).hexdigest() if target.exists() else "none",
+            "payload's command line": re.findall("Command line: (.*)", called.read_text("utf-16"))
+            if called.exists() else "none",
+            "log in UTF-16": log.exists() and log.read_bytes().startswith(b"\xff\xfe"),
+            "waits for OneNote": self.waits_for_onenote(installer),
+        }
+
+    def waits_for_onenote(self, installer):
+        onenote = self.folder / "onenote.exe"
+        onenote.write_bytes(WORKLOADS.read_bytes())
+        with subprocess.Popen(["wine", onenote, "crowd", "0"], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
+            process.stdout.readline()
+            started = subprocess.Popen(installer.unattended_pass(self.configuration("succeeds")))
+            time.sleep(2.5)  # more than a pass takes
+            waits = started.poll() is None
+            process.stdin.close()
+            started.wait(PATIENCE)
+        return waits
+
+    def refuse_unequal(self):
+        mine, others = self.effects(self.installer), self.effects(self.peer)
+        different = [name for name in mine if mine[name] != others[name]]
+        for name in different:
+            print(f"{name}: {str(mine[name])[:300]!r} is the installer's, {str(others[name])[:300]!r} the peer's",
+                  file=sys.stderr)
+        if different:
+            sys.exit("measure.py: the peer does not do what the installer does: " + ", ".join(different))
+
+    # The measurements, a method for each group.
+
+    def size(self):
+        payload = PAYLOAD.stat().st_size
+        for installer in (self.installer, self.peer):
+            self.note("size", installer.side, 0, installer.program.stat().st_size - payload)
+
+    def pass_with_window(self, installer):
+        return ["wine", RELEASE / "bench/window-times.exe", self.logo_colour, f'"{installer.program.relative_to(ROOT)}"']
+
+    def window(self):
+        def measure_once(installer):
+            self.prepare()
+            return zip(("visible", "painted"), map(float, output_of(*self.pass_with_window(installer)).split()))
+
+        self.alternate(measure_once, self.installer, self.peer)
+
+    def passes(self, name, *installers):
+        server = server_process()
+
+        def measure_once(installer):
+            self.prepare()
+            before = nanoseconds_run(server)
+            ended = succeed(installer.unattended_pass(self.configuration("succeeds")))
+            if ended.peak_kilobytes <= resource.getrusage(resource.RUSAGE_SELF).ru_maxrss:
+                sys.exit("measure.py: the peak memory may be that of this program before it became another one")
+            yield f"{name}-cpu", ended.cpu_seconds * 1e3
+            yield f"{name}-server", (nanoseconds_run(server) - before) / 1e6
+            yield f"{name}-wall", (ended.seconds - SPECIFIED_WAIT) * 1e3
+            yield f"{name}-memory", ended.peak_kilobytes / 1024
+
+        self.alternate(measure_once, *installers)
+
+    def pass_(self):
+        self.passes("pass", self.installer, self.peer)
+
+    def payload(self):
+        large = [Installer(installer.side, self.folder / f"{installer.side}-256.exe", installer.unattended, installer.log)
+                 for installer in (self.installer, self.peer)]
+        self.passes("large", *large)
+        for size in SIZES:
+            program = self.folder / f"installer-{size}.exe" if size > 1 else INSTALLER
+            self.alternate(lambda _, size=size, program=program: [self.workload(f"comparison-{size}", "compare", program)],
+                           "installer")
+
+    def workload(self, measure, *arguments):
+        return measure, float(output_of("wine", WORKLOADS, *arguments))
+
+    def peer_workload(self, measure, argument, size=1):
+        file = self.temporary / "workloads.txt"
+        file.unlink(missing_ok=True)
+        succeed(["wine", self.folder / f"peer-workloads-{size}.exe", "/S", argument])
+        ticks, frequency = map(int, file.read_text().split())
+        return measure, 1e3 * ticks / frequency
+
+    def extraction(self):
+        file = self.temporary / "written.bin"
+        for size in SIZES:
+            def measure_once(side, size=size):
+                if side == "peer":
+                    return [self.peer_workload(f"extraction-{size}", "/extract", size)]
+                file.unlink(missing_ok=True)
+                command = "write" if side == "installer" else "single-write"
+                _, value = self.workload("", command, f"{self.windows_temporary}\\{file.name}", size)
+                measures = [f"write-{size}"] + [f"extraction-{size}"] * (side == "installer")
+                return [(measure, value) for measure in measures]
+
+            self.alternate(measure_once, "installer", "peer", ONE_WRITE)
+        file.unlink(missing_ok=True)
+
+    def compare_work(self, measure, arguments, peer_argument):
+        self.alternate(lambda side: [self.workload(measure, *arguments) if side == "installer" else
+                                     self.peer_workload(measure, peer_argument)], "installer", "peer")
+
+    def log(self):
+        self.compare_work("log", ("log", 10_000), "/log=10000")
+
+    def report(self):
+        self.alternate(lambda side: [self.workload("report-0", "report")], "installer")
+        succeed(["wine", WORKLOADS, "add-neighbours", REPORTED_KEYS])
+        self.alternate(lambda side: [self.workload("report-5000", "report")], "installer")
+        succeed(["wine", WORKLOADS, "remove-neighbours", REPORTED_KEYS])
+
+    def processes(self):
+        for count in (1, 100, 1000):
+            with subprocess.Popen(["wine", WORKLOADS, "crowd", str(count)], stdin=subprocess.PIPE,
+                                  stdout=subprocess.PIPE, cwd=ROOT) as crowd:
+                crowd.stdout.readline()
+                self.compare_work(f"find-{count}", ("find",), "/find")
+                crowd.stdin.close()
+
+    def counts(self):
+        trace = self.folder / "trace.txt"
+        for installer in (self.installer, self.peer):
+            command = installer.unattended_pass(self.configuration("succeeds"))
+            self.prepare()
+            succeed(command, output=trace, WINEDEBUG="-all,+pid,+loaddll,+reg")
+            lines = lines_of(installer, trace)
+            self.note("libraries", installer.side, 0, libraries_in(lines))
+            self.note("keys", installer.side, 0, sum(re.search(r":Nt(Open|Create)Key(Ex)? \(", line) is not None
+                                                     for line in lines))
+            self.note("log-bytes", installer.side, 0, (self.temporary / installer.log).stat().st_size)
+            self.prepare()
+            succeed(self.pass_with_window(installer), output=trace, WINEDEBUG="-all,+pid,+loaddll")
+            self.note("window-libraries", installer.side, 0, libraries_in(lines_of(installer, trace)))
+            self.prepare()
+            succeed(["strace", "-f", "-y", "-qq", "-e", "signal=none", "-o", trace, *command])
+            calls = calls_of_first_process(trace)
+            self.note("calls", installer.side, 0, len(calls))
+            self.note("log-writes", installer.side, 0,
+                      sum(re.match(rf"p?write\w*\(\d+<[^>]*/{installer.log}>", call) is not None for call in calls))
+        trace.unlink()
+
+
+def lines_of(installer, trace):
+    """The lines of Wine's trace that the installer's process has written. They begin with the process."""
+    lines = trace.read_text(errors="replace").splitlines()
+    process = next(line.split(":")[0] for line in lines
+                   if re.search(rf'Loaded L".*\\{re.escape(installer.program.name)}"', line))
+    return [line for line in lines if line.startswith(process + ":")]
+
+
+def libraries_in(lines):
+    """All that is loaded but the program itself, each once."""
+    loaded = re.findall(r'Loaded L"([^"]*)"', "\n".join(lines))
+    return len({name.lower() for name in loaded}) - 1
+
+
+def calls_of_first_process(trace):
+    """The system calls of all threads of the process that the command became: its children are others."""
+    process, begun, calls = {}, {}, []
+    with trace.open(errors="replace") as lines:
+        for line in lines:
+            thread, _, call = line.rstrip("\n").partition(" ")
+            call = call.lstrip()
+            process.setdefault(thread, thread if process else "first")
+            if call.startswith("<... "):
+                call = begun.pop(thread, "") + call
+            elif process[thread] == "first" and not call.startswith(("+++", "---")):
+                calls.append(call)
+            if call.endswith("<unfinished ...>"):
+                begun[thread] = call
+            elif "CLONE_THREAD" in call:
+                process[call.rpartition("= ")[2]] = process[thread]
+    return calls
+
+
+def main():
+    folder, peer, pairs, groups = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve(), int(sys.argv[3]), sys.argv[4:]
+    bench = Bench(folder, peer, pairs)
+    bench.refuse_unequal()
+    for group in groups:
+        print(f"{group}:", ", ".join(measure.title for measure in MEASURES if measure.group == group), flush=True)
+        getattr(bench, "pass_" if group == "pass" else group)()
+    (folder / "results.tsv").write_text("\n".join(bench.results) + "\n")
+
+
+if __name__ == "__main__":
+    main()
