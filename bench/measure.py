@@ -5,17 +5,23 @@ into FOLDER/results.tsv: a line for each number, with the measure, whose it is, 
     measure.py FOLDER PEER PAIRS GROUP...
 """
 
+import atexit
+import functools
 import hashlib
 import os
 import re
 import resource
+import shutil
 import subprocess
 import sys
+import tempfile
 import threading
 import time
 from pathlib import Path
 
-from measures import MEASURES, ONE_WRITE, SIZES
+sys.dont_write_bytecode = True
+
+from measures import MEASURES, ONE_WRITE, SIZES  # noqa: E402
 
 ROOT = Path(__file__).resolve().parents[1]
 RELEASE = ROOT / "out/release"
@@ -26,6 +32,7 @@ PAYLOAD = RELEASE / "lab/elevated-installer.exe"
 PATIENCE = 120  # seconds
 SPECIFIED_WAIT = 1.0  # seconds that every pass sleeps
 REPORTED_KEYS = 5000
+ROOM = 1 << 30  # bytes, for the largest payload several times over
 
 
 class Ended:
@@ -55,12 +62,18 @@ def succeed(command, **options):
 
 def output_of(*command):
     """Through a file: Wine's services, which the first program starts, would keep a pipe open."""
-    file = Path(f"/tmp/vellumkit-bench-{os.getpid()}")
-    try:
-        succeed(command, output=file)
-        return file.read_text().strip()
-    finally:
-        file.unlink(missing_ok=True)
+    with tempfile.NamedTemporaryFile("r") as file:
+        succeed(command, output=file.name)
+        return file.read().strip()
+
+
+def temporary_folder():
+    """In memory where there is room for it: a disk has other users and moments of its own."""
+    memory = Path("/dev/shm")
+    roomy = memory.is_dir() and shutil.disk_usage(memory).free > ROOM
+    folder = Path(tempfile.mkdtemp(prefix="vellumkit-bench-", dir=memory if roomy else None))
+    atexit.register(shutil.rmtree, folder)
+    return folder
 
 
 def server_process():
@@ -98,12 +111,14 @@ class Installer:
 class Bench:
     def __init__(self, folder, peer, pairs):
         self.folder, self.pairs = folder, pairs
-        self.windows_temporary = output_of("wine", "cmd", "/c", "echo %TEMP%")
-        self.temporary = Path(output_of("winepath", "-u", self.windows_temporary))
+        self.temporary = temporary_folder()
+        self.windows_temporary = output_of("winepath", "-w", self.temporary)
+        for name in ("TEMP", "TMP"):
+            succeed(["wine", "reg", "add", r"HKCU\Environment", "/v", name, "/d", self.windows_temporary, "/f"])
         self.installer = Installer("installer", INSTALLER, ("/config", "{}"), "Vellumkit_Install.log")
         self.peer = Installer("peer", peer, ("/S", "/config={}"), "Vellumkit_Peer.log")
         self.logo_colour = commonest_colour("resources/logo.png")
-        self.results = []
+        self.results = (folder / "results.tsv").open("w")
         for name, code in (("succeeds", 0), ("fails", 5)):
             (self.temporary / f"{name}.ini").write_text(f"[ElevatedInstaller]\r\nExitCode={code}\r\n")
 
@@ -111,7 +126,7 @@ class Bench:
         return f"{self.windows_temporary}\\{name}.ini"
 
     def note(self, measure, side, pair, value):
-        self.results.append(f"{measure}\t{side}\t{pair}\t{value:.10g}")
+        print(measure, side, pair, f"{value:.10g}", sep="\t", file=self.results, flush=True)
 
     def alternate(self, measure_once, *sides):
         """Measures each side once, as often as there are pairs, who begins in turn. A first pair does not count."""
@@ -218,8 +233,7 @@ class Bench:
         self.passes("large", *large)
         for size in SIZES:
             program = self.folder / f"installer-{size}.exe" if size > 1 else INSTALLER
-            self.alternate(lambda _, size=size, program=program: [self.workload(f"comparison-{size}", "compare", program)],
-                           "installer")
+            self.measure_work(f"comparison-{size}", "compare", program)
 
     def workload(self, measure, *arguments):
         return measure, float(output_of("wine", WORKLOADS, *arguments))
@@ -232,31 +246,34 @@ class Bench:
         return measure, 1e3 * ticks / frequency
 
     def extraction(self):
-        file = self.temporary / "written.bin"
+        file = self.temporary / "extracted.bin"
+        target = f"{self.windows_temporary}\\{file.name}"
+
+        def measure_once(side, size):
+            if side == "peer":
+                yield self.peer_workload(f"extraction-{size}", "/extract", size)
+            elif side == ONE_WRITE:
+                yield self.workload(f"write-{size}", "single-write", target, size)
+            else:
+                extraction, value = self.workload(f"extraction-{size}", "write", target, size)
+                yield extraction, value
+                yield f"write-{size}", value
+            file.unlink()
+
         for size in SIZES:
-            def measure_once(side, size=size):
-                if side == "peer":
-                    return [self.peer_workload(f"extraction-{size}", "/extract", size)]
-                file.unlink(missing_ok=True)
-                command = "write" if side == "installer" else "single-write"
-                _, value = self.workload("", command, f"{self.windows_temporary}\\{file.name}", size)
-                measures = [f"write-{size}"] + [f"extraction-{size}"] * (side == "installer")
-                return [(measure, value) for measure in measures]
+            self.alternate(functools.partial(measure_once, size=size), "installer", "peer", ONE_WRITE)
 
-            self.alternate(measure_once, "installer", "peer", ONE_WRITE)
-        file.unlink(missing_ok=True)
-
-    def compare_work(self, measure, arguments, peer_argument):
-        self.alternate(lambda side: [self.workload(measure, *arguments) if side == "installer" else
-                                     self.peer_workload(measure, peer_argument)], "installer", "peer")
+    def measure_work(self, measure, *arguments, peer=None):
+        self.alternate(lambda side: [self.peer_workload(measure, peer) if side == "peer" else
+                                     self.workload(measure, *arguments)], "installer", *["peer"] * (peer is not None))
 
     def log(self):
-        self.compare_work("log", ("log", 10_000), "/log=10000")
+        self.measure_work("log", "log", 10_000, peer="/log=10000")
 
     def report(self):
-        self.alternate(lambda side: [self.workload("report-0", "report")], "installer")
+        self.measure_work("report-0", "report")
         succeed(["wine", WORKLOADS, "add-neighbours", REPORTED_KEYS])
-        self.alternate(lambda side: [self.workload("report-5000", "report")], "installer")
+        self.measure_work("report-5000", "report")
         succeed(["wine", WORKLOADS, "remove-neighbours", REPORTED_KEYS])
 
     def processes(self):
@@ -264,7 +281,7 @@ class Bench:
             with subprocess.Popen(["wine", WORKLOADS, "crowd", str(count)], stdin=subprocess.PIPE,
                                   stdout=subprocess.PIPE, cwd=ROOT) as crowd:
                 crowd.stdout.readline()
-                self.compare_work(f"find-{count}", ("find",), "/find")
+                self.measure_work(f"find-{count}", "find", peer="/find")
                 crowd.stdin.close()
 
     def counts(self):
@@ -330,7 +347,6 @@ def main():
     for group in groups:
         print(f"{group}:", ", ".join(measure.title for measure in MEASURES if measure.group == group), flush=True)
         getattr(bench, "pass_" if group == "pass" else group)()
-    (folder / "results.tsv").write_text("\n".join(bench.results) + "\n")
 
 
 if __name__ == "__main__":

@@ -1,11 +1,12 @@
 # The chart of ratios.dat: title, ratio and its quartiles, from top to bottom.
 stats "ratios.dat" using 2 nooutput
-set terminal svg size 900, 40 + 22 * STATS_records font "sans-serif,12" background "white"
+set terminal svg size 900, 70 + 22 * STATS_records font "sans-serif,12" background "white"
 set output "ratios.svg"
-set title "Shorter is better. At 1 the installer takes as much as what it is compared with."
+set label "Shorter is better: at 1 the installer takes as much as what it is compared with" at screen 0.5, 0.97 center
+set tmargin 2.5
 set logscale x 2
-set xrange [0.125:8]
-set xtics ("1/8" 0.125, "1/4" 0.25, "1/2" 0.5, "1" 1, "2" 2, "4" 4, "8" 8)
+set xrange [0.125:16]
+set xtics ("1/8" 0.125, "1/4" 0.25, "1/2" 0.5, "1" 1, "2" 2, "4" 4, "8" 8, "16" 16)
 set yrange [STATS_records - 0.5:-0.5]
 set grid xtics
 set arrow from 1, graph 0 to 1, graph 1 nohead linewidth 2 linecolor "#6b1f3a"

@@ -23,7 +23,7 @@ endfunction()
 
 foreach(directory core checks install ui app
         lab/browser lab/datebookery lab/elevated-installer lab/gallery lab/office lab/onenote
-        proof/endurance proof/faults proof/hostile resources tests)
+        proof/endurance proof/faults proof/hostile bench resources tests)
     collect_sources(${directory} linted)
 endforeach()
 
@@ -72,7 +72,7 @@ add_custom_target(tidy DEPENDS ${stamps})
 add_custom_target(shellcheck
     COMMAND "${SHELLCHECK}" --external-sources run.sh test.sh lint.sh lab/languages.sh lab/machine.sh
         lab/installation.sh lab/gallery/gallery.sh resources/render-artwork.sh cmake/set-load-configuration.sh
-        prove.sh proof/coverage.sh proof/endurance.sh proof/faults.sh proof/hostile.sh proof/mutations.sh
+        bench.sh prove.sh proof/coverage.sh proof/endurance.sh proof/faults.sh proof/hostile.sh proof/mutations.sh
         proof/suites.sh release.sh release/assemble.sh release/sign.sh tests/includes.sh tests/program/planting.sh
         tests/release/crash-address.sh tests/release/reproducible.sh tests/release/signature.sh
         tests/release/windows-tests.sh .ci/run

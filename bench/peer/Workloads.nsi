@@ -25,7 +25,6 @@ Var End
 Var Frequency
 
 Function Extract
-    Delete "$TEMP\extracted.bin"
     System::Call 'kernel32::QueryPerformanceCounter(*l .s)'
     Pop $Start
     SetCompress off
