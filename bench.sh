@@ -11,7 +11,7 @@ Installs what is missing, builds, makes an installer with NSIS that does the sam
 one Wine prefix, on a virtual display. Leave the machine alone meanwhile. Results: out/bench/results.md, results.tsv
 (every number) and ratios.svg.
 
-Without a group it measures all of them, which takes about a quarter of an hour, and also writes table and chart into
+Without a group it measures all of them, which takes about eight minutes, and also writes table and chart into
 docs/benchmarks.md and docs/pictures/.
 
   --pairs N  how often each of the two is measured (default: 15; 3 to try a change)

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Measures the installer and its peer in the Wine prefix that it is started in, pair by pair, and writes what came of it
-into FOLDER/results.tsv: a line for each number, with the measure, whose it is, and the pair.
+"""Measures the installer and its peer in the Wine prefix that it is started in, pair by pair, and writes what came of
+it into FOLDER/results.tsv: a line for each number, with the measure, whose it is, and the pair.
 
     measure.py FOLDER PEER PAIRS GROUP...
 """
@@ -17,6 +17,8 @@ import sys
 import tempfile
 import threading
 import time
+from contextlib import contextmanager
+from dataclasses import dataclass, replace
 from pathlib import Path
 
 sys.dont_write_bytecode = True
@@ -31,7 +33,7 @@ PAYLOAD = RELEASE / "lab/elevated-installer.exe"
 
 PATIENCE = 120  # seconds
 SPECIFIED_WAIT = 1.0  # seconds that every pass sleeps
-REPORTED_KEYS = 5000
+NEIGHBOURS = 5000
 ROOM = 1 << 30  # bytes, for the largest payload several times over
 
 
@@ -67,6 +69,14 @@ def output_of(*command):
         return file.read().strip()
 
 
+@contextmanager
+def running_until_closed(*command):
+    """A program that writes a line when it is ready, and ends with its input, which is closed in the end."""
+    with subprocess.Popen(["wine", *command], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
+        process.stdout.readline()
+        yield
+
+
 def temporary_folder():
     """In memory where there is room for it: a disk has other users and moments of its own."""
     memory = Path("/dev/shm")
@@ -98,11 +108,14 @@ def commonest_colour(picture):
     return max((int(count), colour) for count, colour in re.findall(r"(\d+): .*#([0-9A-F]{6})FF", histogram))[1]
 
 
+@dataclass(frozen=True)
 class Installer:
     """One of the two programs that are compared."""
 
-    def __init__(self, side, program, unattended, log):
-        self.side, self.program, self.unattended, self.log = side, program, unattended, log
+    side: str
+    program: Path
+    unattended: tuple
+    log: str
 
     def unattended_pass(self, configuration):
         return ["wine", self.program, *(argument.format(configuration) for argument in self.unattended)]
@@ -157,29 +170,26 @@ class Bench:
         target = self.temporary / "Vellumkit/Vellumkit Installer.exe"
         called = self.temporary / "Vellumkit_Elev.log"
         log = self.temporary / installer.log
-        failed = Ended(installer.unattended_pass(self.configuration("fails")))
         return {
             "exit code": ended.code,
-            "exit code after a payload that failed": failed.code,
             "waits for the payload": ended.seconds > SPECIFIED_WAIT,
             "settings": settings.read_text("utf-16"),
             "payload": hashlib.sha256(target.read_bytes()).hexdigest() if target.exists() else "none",
             "payload's command line": re.findall("Command line: (.*)", called.read_text("utf-16"))
             if called.exists() else "none",
             "log in UTF-16": log.exists() and log.read_bytes().startswith(b"\xff\xfe"),
+            "exit code after a payload that failed": Ended(installer.unattended_pass(self.configuration("fails"))).code,
             "waits for OneNote": self.waits_for_onenote(installer),
         }
 
     def waits_for_onenote(self, installer):
         onenote = self.folder / "onenote.exe"
         onenote.write_bytes(WORKLOADS.read_bytes())
-        with subprocess.Popen(["wine", onenote, "crowd", "0"], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
-            process.stdout.readline()
+        with running_until_closed(onenote, "crowd", "0"):
             started = subprocess.Popen(installer.unattended_pass(self.configuration("succeeds")))
             time.sleep(2.5)  # more than a pass takes
             waits = started.poll() is None
-            process.stdin.close()
-            started.wait(PATIENCE)
+        started.wait(PATIENCE)
         return waits
 
     def refuse_unequal(self):
@@ -193,15 +203,16 @@ class Bench:
 
     # The measurements, a method for each group.
 
-    def size(self):
+    def measure_size(self):
         payload = PAYLOAD.stat().st_size
         for installer in (self.installer, self.peer):
             self.note("size", installer.side, 0, installer.program.stat().st_size - payload)
 
     def pass_with_window(self, installer):
-        return ["wine", RELEASE / "bench/window-times.exe", self.logo_colour, f'"{installer.program.relative_to(ROOT)}"']
+        program = f'"{installer.program.relative_to(ROOT)}"'
+        return ["wine", RELEASE / "bench/window-times.exe", self.logo_colour, program]
 
-    def window(self):
+    def measure_window(self):
         def measure_once(installer):
             self.prepare()
             return zip(("visible", "painted"), map(float, output_of(*self.pass_with_window(installer)).split()))
@@ -224,16 +235,15 @@ class Bench:
 
         self.alternate(measure_once, *installers)
 
-    def pass_(self):
+    def measure_pass(self):
         self.passes("pass", self.installer, self.peer)
 
-    def payload(self):
-        large = [Installer(installer.side, self.folder / f"{installer.side}-256.exe", installer.unattended, installer.log)
-                 for installer in (self.installer, self.peer)]
-        self.passes("large", *large)
+    def measure_payload(self):
+        self.passes("large", *(replace(installer, program=self.folder / f"{installer.side}-256.exe")
+                               for installer in (self.installer, self.peer)))
         for size in SIZES:
             program = self.folder / f"installer-{size}.exe" if size > 1 else INSTALLER
-            self.measure_work(f"comparison-{size}", "compare", program)
+            self.alternate_work(f"comparison-{size}", "compare", program)
 
     def workload(self, measure, *arguments):
         return measure, float(output_of("wine", WORKLOADS, *arguments))
@@ -245,7 +255,7 @@ class Bench:
         ticks, frequency = map(int, file.read_text().split())
         return measure, 1e3 * ticks / frequency
 
-    def extraction(self):
+    def measure_extraction(self):
         file = self.temporary / "extracted.bin"
         target = f"{self.windows_temporary}\\{file.name}"
 
@@ -263,28 +273,27 @@ class Bench:
         for size in SIZES:
             self.alternate(functools.partial(measure_once, size=size), "installer", "peer", ONE_WRITE)
 
-    def measure_work(self, measure, *arguments, peer=None):
+    def alternate_work(self, measure, *arguments, peer=None):
         self.alternate(lambda side: [self.peer_workload(measure, peer) if side == "peer" else
                                      self.workload(measure, *arguments)], "installer", *["peer"] * (peer is not None))
 
-    def log(self):
-        self.measure_work("log", "log", 10_000, peer="/log=10000")
+    def measure_log(self):
+        self.alternate_work("log", "log", 10_000, peer="/log=10000")
 
-    def report(self):
-        self.measure_work("report-0", "report")
-        succeed(["wine", WORKLOADS, "add-neighbours", REPORTED_KEYS])
-        self.measure_work("report-5000", "report")
-        succeed(["wine", WORKLOADS, "remove-neighbours", REPORTED_KEYS])
+    def measure_report(self):
+        self.alternate_work("report-0", "report")
+        try:
+            succeed(["wine", WORKLOADS, "add-neighbours", NEIGHBOURS])
+            self.alternate_work("report-5000", "report")
+        finally:
+            succeed(["wine", WORKLOADS, "remove-neighbours", NEIGHBOURS])
 
-    def processes(self):
+    def measure_processes(self):
         for count in (1, 100, 1000):
-            with subprocess.Popen(["wine", WORKLOADS, "crowd", str(count)], stdin=subprocess.PIPE,
-                                  stdout=subprocess.PIPE, cwd=ROOT) as crowd:
-                crowd.stdout.readline()
-                self.measure_work(f"find-{count}", "find", peer="/find")
-                crowd.stdin.close()
+            with running_until_closed(WORKLOADS, "crowd", str(count)):
+                self.alternate_work(f"find-{count}", "find", peer="/find")
 
-    def counts(self):
+    def measure_counts(self):
         trace = self.folder / "trace.txt"
         for installer in (self.installer, self.peer):
             command = installer.unattended_pass(self.configuration("succeeds"))
@@ -341,12 +350,12 @@ def calls_of_first_process(trace):
 
 
 def main():
-    folder, peer, pairs, groups = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve(), int(sys.argv[3]), sys.argv[4:]
-    bench = Bench(folder, peer, pairs)
+    folder, peer, pairs, *groups = sys.argv[1:]
+    bench = Bench(Path(folder).resolve(), Path(peer).resolve(), int(pairs))
     bench.refuse_unequal()
     for group in groups:
         print(f"{group}:", ", ".join(measure.title for measure in MEASURES if measure.group == group), flush=True)
-        getattr(bench, "pass_" if group == "pass" else group)()
+        getattr(bench, f"measure_{group}")()
 
 
 if __name__ == "__main__":
