@@ -74,7 +74,7 @@ class Trace(unittest.TestCase):
         text = """10 openat(AT_FDCWD, "x") = 3
 10 clone3({flags=CLONE_VM|CLONE_THREAD} <unfinished ...>
 10 <... clone3 resumed> => {parent_tid=[11]}, 88) = 11
-11 write(3</tmp/Log>, "ab", 2 <unfinished ...>
+11 write(3</Log>, "ab", 2 <unfinished ...>
 10 clone(flags=SIGCHLD) = 12
 12 execve("payload", []) = 0
 11 <... write resumed>) = 2
