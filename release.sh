@@ -75,9 +75,12 @@ fi
     misuse "the tests expect the stand-in and the default host, and no signature"
 
 cd -- "$(dirname -- "$(realpath -- "$0")")" >/dev/null
+# Another's language and settings would make another release, or none: the linker's map speaks every language.
+export LC_ALL=C.UTF-8
+unset CMAKE_CXX_COMPILER_LAUNCHER CXXFLAGS LDFLAGS
 lab/machine.sh packages
 if [ "$dirty" = 0 ]; then
-    changes=$(git status --porcelain) || fail "this is no checkout of a commit; --dirty builds it all the same"
+    changes=$(git status --porcelain) || fail "git can't tell whether a commit has these sources; --dirty builds them all the same"
     [ -z "$changes" ] || fail "no commit has these sources; --dirty builds them all the same:"$'\n'"$changes"
 fi
 
@@ -85,13 +88,13 @@ fi
 : "${SOURCE_DATE_EPOCH=$(git log -1 --format=%ct 2>/dev/null || date +%s)}"
 export SOURCE_DATE_EPOCH
 
-if [ "$windows_tests" = 1 ]; then
-    lab/machine.sh build
-    exec release/windows-tests.py out/release out/windows-tests.zip
-fi
 build=out/product-build
 rm -rf "$build"
 cmake --preset release -B "$build" "${settings[@]}"
+if [ "$windows_tests" = 1 ]; then
+    cmake --build "$build"
+    exec release/windows-tests.py "$build" out/windows-tests.zip
+fi
 cmake --build "$build" --target VellumkitInstaller
 release/assemble.sh "$build" out/product "${signature[@]}"
 echo

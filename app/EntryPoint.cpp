@@ -34,7 +34,7 @@ struct Preparation {
 [[gnu::section(".CRT$XCU"), gnu::used]] void (*const BeforeTheRunTimeLibrary)() = EndProcessOnProcessorFaults;
 #endif
 
-// Before the entry point runs, and before any other constructor.
+// Before the entry point runs, and before any other constructor, which might load a library.
 [[gnu::init_priority(101), maybe_unused]] const Preparation Prepared;
 
 } // namespace

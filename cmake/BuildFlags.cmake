@@ -1,6 +1,9 @@
 # The one place for language level, warnings, hardening and the Windows headers' settings.
 add_library(vellumkit_build_flags INTERFACE)
 
+# Nothing here computes for long. Not among the options below: the tests have another one.
+set(CMAKE_CXX_FLAGS_RELEASE "-Os -DNDEBUG")
+
 target_compile_features(vellumkit_build_flags INTERFACE cxx_std_20)
 
 target_compile_definitions(vellumkit_build_flags INTERFACE

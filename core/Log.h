@@ -23,7 +23,7 @@ std::wostream& Log(bool withPrefix);
 /// failure only marks the stream as failed. Any thread.
 void CloseLog();
 
-/// As the library's own, which brings along all that reads from streams.
+/// As the library's own, which would bring along everything that reads texts from streams.
 inline std::wostream& operator<<(std::wostream& log, const std::wstring& text) {
     return log << std::wstring_view(text);
 }

@@ -24,7 +24,6 @@ RUN_TIME_LIBRARY = "GPL-3.0-or-later WITH GCC-exception-3.1"
 COMPONENTS = (
     (r"libstdc\+\+.*\.a", "gcc-mingw-w64", "libstdc++", "Free Software Foundation", RUN_TIME_LIBRARY),
     (r"libgcc(_eh)?\.a|crt(begin|end)\.o", "gcc-mingw-w64", "libgcc", "Free Software Foundation", RUN_TIME_LIBRARY),
-    (r"libssp(_nonshared)?\.a", "gcc-mingw-w64", "libssp", "Free Software Foundation", RUN_TIME_LIBRARY),
     (r"lib(win)?pthread\.a", "mingw-w64", "winpthreads", "mingw-w64 project", "MIT AND BSD-3-Clause"),
     (r"lib.*\.a|crt2u?\.o", "mingw-w64", "mingw-w64-runtime", "mingw-w64 project",
      "ZPL-2.1 AND LicenseRef-mingw-w64-files"),
@@ -41,14 +40,17 @@ def sha256(file):
 
 def cached(build, name):
     """A value of CMake's cache."""
-    return re.search(rf"^{name}:\w+=(.*)$", (build / "CMakeCache.txt").read_text(), re.MULTILINE)[1]
+    return re.search(rf"^{name}:\w+=(.*)$", (build / "CMakeCache.txt").read_text(encoding="utf-8"), re.MULTILINE)[1]
 
 
 def linked_files(linker_map):
     """The files that have given the executable at least one byte. Symbols for the debugger are not shipped in it."""
     files = set()
     section = ""
-    for line in linker_map.partition("\nLinker script and memory map\n")[2].splitlines():
+    contents = linker_map.partition("\nLinker script and memory map\n")[2]
+    if not contents:
+        sys.exit("bill-of-materials.py: the linker's map has no contents, or tells them in another language")
+    for line in contents.splitlines():
         if start := re.match(r"[./]\S+", line):
             section = start[0]
         # The name of an input section stands on the line before when it is long.
@@ -68,13 +70,12 @@ def debian_package(file):
 def linked_components(build):
     """Component to its makers, its licence and the Debian package that it comes from."""
     components = {}
-    linker_map = (build / f"{PROGRAM}.map").read_text()
+    linker_map = (build / f"{PROGRAM}.map").read_text(encoding="utf-8")
     for file in sorted(linked_files(linker_map)):
-        path = pathlib.Path(file)
-        # Our own: named from the build's folder, or the code that was optimised at the link.
-        if not path.is_absolute() or path.is_relative_to(build.resolve()) or path.name.endswith(".ltrans.o"):
-            continue
-        package = debian_package(path.resolve())
+        path = (build / file).resolve()
+        if path.is_relative_to(build.resolve()):
+            continue # our own
+        package = debian_package(path)
         for pattern, source, component, makers, licence in COMPONENTS:
             if package["source"] == source and re.fullmatch(pattern, path.name):
                 components[component] = (makers, licence, package)

@@ -44,7 +44,9 @@ def main():
     file.unlink(missing_ok=True)
     with zipfile.ZipFile(file, "w", zipfile.ZIP_DEFLATED) as kit:
         for name, content in contents(build):
-            kit.writestr(zipfile.ZipInfo(f"{FOLDER}/{name}", moment), content, zipfile.ZIP_DEFLATED)
+            entry = zipfile.ZipInfo(f"{FOLDER}/{name}", max(moment, (1980, 1, 1, 0, 0, 0))) # a zip knows no other
+            entry.external_attr = 0o644 << 16
+            kit.writestr(entry, content, zipfile.ZIP_DEFLATED)
     print(file)
 
 

@@ -15,7 +15,7 @@ inline HWND SecondaryButton = nullptr;
 inline ScreenStatus CurrentStatus = ScreenStatus::Checking;
 
 /// Creates and shows `MainWindow`, and in it `PrimaryButton` and `SecondaryButton`, hidden until a state shows them.
-/// False when the window can't be created; a button that can't be is null. Main thread, after `StartGraphics` and
+/// False when the window can't be created; a button that can't be is null. Main thread, after `MakeFonts` and
 /// `LoadLogo`.
 ///
 /// The window applies `PendingScreenState` on WM_APPLYSTATE, and acts on its buttons by `CurrentStatus`: Retry shows

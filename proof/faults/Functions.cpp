@@ -320,7 +320,7 @@ constexpr Function Table[] = {
     Fails("_snprintf", Result("-1", Minus1)),
     Fails("_vscprintf", Result("-1", Minus1)),
     Fails("_vsnprintf", Result("-1", Minus1)),
-    Fails("_vsnwprintf", Result("-1", Minus1)),
+    Safe("_vsnwprintf", WrongArguments),
     Safe("tolower", Pure),
     Safe("towlower", Pure),
     Safe("towupper", Pure),

@@ -13,8 +13,8 @@ namespace {
 
 constexpr DWORD AbnormalExitCode = 0x40000015;
 
-/// The C runtime's functions that write the payload, and that open and write the log.
-constexpr std::string_view PayloadWriter = "_write";
+/// The function that writes the payload, and those of the C runtime that open and write the log.
+constexpr std::string_view PayloadWriter = "WriteFile";
 constexpr std::array<std::string_view, 4> LogWriters{"_wfsopen", "fwrite", "fflush", "fclose"};
 
 bool WritesLog(std::string_view function) {

@@ -23,7 +23,9 @@ constexpr std::array Explanations{
           "Nothing can take the worker's place: the window stays, and the process when it is closed."},
     Known{"SetEvent", "does not end",
           "Only an event that is none can't be set, and then nothing ends the wait for it, which has no limit."},
-    Known{"_write", "dialog #32770 Error",
+    Known{"CloseHandle", "dialog #32770 Error",
+          "A payload that was written and not closed can't be started: the shell says so in a box."},
+    Known{"WriteFile", "dialog #32770 Error",
           "Errors of writing the payload are not checked, and the shell shows a box for what is no program."},
 };
 

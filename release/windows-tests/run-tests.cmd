@@ -4,8 +4,8 @@ rem came of them: reports, output, logs and pictures of the screen.
 rem
 rem     run-tests.cmd /throw-away [FILTER]
 rem
-rem They change the settings of the current user, remove the registration of Office, register a COM server and a browser,
-rem and use keyboard and mouse. So the machine must be one that can be thrown away, which /throw-away states. A FILTER
+rem They change the settings of the current user, remove the registration of Office, register a COM server and a
+rem browser, and use keyboard and mouse. So the machine must be one that can be thrown away, which /throw-away states. A FILTER
 rem runs these tests only: names with * and ?, a colon between two of them. Ends with 0 when all tests have passed, with
 rem 1 when one has failed, and with 2 when nothing was run.
 setlocal
@@ -17,7 +17,7 @@ if "%filter%"=="" set "filter=*"
 
 set "refusal=These tests damage the machine. On one that can be thrown away: run-tests.cmd /throw-away"
 if /i not "%~1"=="/throw-away" goto refuse
-set "refusal=There are results already. Send or move away: %results%"
+set "refusal=There are results already. Send or move them away: %results%"
 if exist "%results%" goto refuse
 set "refusal=The tests need the rights of an administrator: start this file from a prompt that has them."
 reg add HKLM\SOFTWARE\VellumkitTests /f >nul 2>nul
@@ -53,16 +53,14 @@ for %%p in (unit window program) do (
     "%SystemRoot%\System32\find.exe" "<testcase " "%results%\%%p-tests.xml" >nul 2>nul
     if not errorlevel 1 set ran=1
 )
-if %ran%==0 (
-    echo No test of this name has run: %filter%
-    set failed=1
-)
+if %ran%==0 echo No test of this name has run: "%filter%"
+if %ran%==0 set failed=1
 
 rem What the installer says of this machine, and how it looks.
 if not "%filter%"=="*" set languages=en
 start "" /wait "%kit%VellumkitInstaller.x64.exe" /config "%kit%no-configuration.ini"
 call :note VellumkitInstaller
-copy "%TMP%\Vellumkit_Install.log" "%results%" >nul
+copy "%TMP%\Vellumkit_Install.log" "%results%" >nul || set failed=1
 start "" /wait "%kit%lab\gallery.exe" "%results%\screens" %languages%
 call :note gallery
 echo Please send back: %results%
@@ -85,5 +83,5 @@ if not %code%==0 set failed=1
 exit /b 0
 
 :refuse
-echo %refusal%
+echo "%refusal%"
 exit /b 2

@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
-TEST(StackGuard, IsChosenBeforeAnythingUsesIt) {
+#if defined(__MINGW32__)
+
+TEST(StackGuard, IsChosen) {
     EXPECT_NE(StackGuard, UnchosenStackGuard);
-    EXPECT_NE(StackGuard, 0U);
 }
 
 TEST(StackGuard, HoldsZerosThatNoTextCanCopy) {
     EXPECT_EQ(StackGuard >> 48, 0U);
 }
+
+#endif

@@ -111,5 +111,6 @@ TEST_P(UncaughtError, EndsTheProcessAtOnceAndWithoutADialog) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, UncaughtError,
-                         testing::Values(L"com", L"standard", L"thread", L"pool", L"noexcept", L"fault", L"stack", L"abort"),
+                         testing::Values(L"com", L"standard", L"early", L"thread", L"pool", L"noexcept", L"fault",
+                                         L"stack", L"abort"),
                          [](const auto& item) { return std::filesystem::path(item.param).string(); });

@@ -65,8 +65,13 @@ private:
 
 constexpr int Hanging = 50000; // milliseconds, longer than the test
 
-/// On a machine without type libraries the installer opens a file for itself only then.
-constexpr char AfterTheWriting[] = "CreateFileW";
+/// After the writing, when the file is opened to keep it from changing. On a machine without type libraries it is the
+/// only one that the installer opens for reading.
+Interceptions AfterTheWriting(Interception interception) {
+    return {{"CreateFileW", [interception = std::move(interception)](const auto& arguments) {
+                 return arguments[1] == GENERIC_READ ? interception(arguments) : std::nullopt;
+             }}};
+}
 
 } // namespace
 
@@ -114,7 +119,7 @@ TEST_F(ElevatedInstallerFate, HangingOutlastsTheWindow) {
 TEST_F(ElevatedInstallerFate, ReplacedBeforeItsStartIsNotStarted) {
     std::string replacement = ReadBytes(ElevatedInstaller()) + '\0'; // a program that would run and say so
     const Interception replace = Before([&] { std::ofstream(fs::path(Target()), std::ios::binary) << replacement; });
-    EXPECT_EQ(InstallIntercepting({{AfterTheWriting, replace}}), 1U);
+    EXPECT_EQ(InstallIntercepting(AfterTheWriting(replace)), 1U);
     ExpectLog(LogOfNoStart(HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION)));
     EXPECT_TRUE(ReadBytes(Target()) == replacement);
     EXPECT_FALSE(PayloadHasRun());
@@ -123,7 +128,7 @@ TEST_F(ElevatedInstallerFate, ReplacedBeforeItsStartIsNotStarted) {
 
 TEST_F(ElevatedInstallerFate, DeletedBeforeItsStartFailsThePass) {
     const User::ConfirmedBoxes boxes; // the shell's
-    EXPECT_EQ(InstallIntercepting({{AfterTheWriting, Before([&] { fs::remove(Target()); })}}), 1U);
+    EXPECT_EQ(InstallIntercepting(AfterTheWriting(Before([&] { fs::remove(Target()); }))), 1U);
     // Wine's shell loses the code behind its message box.
     const bool lost = Logged().back() == LogOfFailure(SystemErrorText(0));
     ExpectLog(LogOfNoStart(lost ? 0 : HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)));
@@ -132,7 +137,7 @@ TEST_F(ElevatedInstallerFate, DeletedBeforeItsStartFailsThePass) {
 
 TEST_F(ElevatedInstallerFate, ThatCannotBeKeptFromChangingIsStartedAllTheSame) {
     const Answer refusal{reinterpret_cast<ULONG_PTR>(INVALID_HANDLE_VALUE), ERROR_SHARING_VIOLATION};
-    EXPECT_EQ(InstallIntercepting({{AfterTheWriting, Answering(refusal)}}), 0U);
+    EXPECT_EQ(InstallIntercepting(AfterTheWriting(Answering(refusal))), 0U);
     ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfRepair()}));
     EXPECT_TRUE(PayloadHasRun());
 }

@@ -11,11 +11,11 @@ build=$(realpath -- "$1")
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 time_of_commit=1700000000
-unset CMAKE_CXX_COMPILER_LAUNCHER # which would compile nothing, and hand out what it has
+unset SOURCE_DATE_EPOCH # a caller's
 
 copy="$folder/another folder"
 mkdir "$copy"
-tar -C "$root" --exclude=./out --exclude=./.git -c . | tar -C "$copy" -x
+tar -C "$root" --exclude=./out --exclude=./.git -c . | tar -C "$copy" --no-same-owner -x
 export GIT_CONFIG_GLOBAL=/dev/null GIT_AUTHOR_DATE="$time_of_commit +0000" GIT_COMMITTER_DATE="$time_of_commit +0000"
 git -C "$copy" init -q
 git -C "$copy" add .

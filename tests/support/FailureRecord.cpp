@@ -42,9 +42,10 @@ void SaveScreenWithGraphics(const fs::path& file) {
 
 void SaveLog(const fs::path& file) {
     std::error_code ignored;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(fs::temp_directory_path(), ignored))
-        if (entry.path().filename() == "Vellumkit_Install.log")
-            fs::copy_file(entry.path(), file, fs::copy_options::overwrite_existing, ignored);
+    fs::recursive_directory_iterator entry(fs::temp_directory_path(), ignored);
+    for (; !ignored && entry != fs::recursive_directory_iterator(); entry.increment(ignored))
+        if (entry->path().filename() == "Vellumkit_Install.log")
+            fs::copy_file(entry->path(), file, fs::copy_options::overwrite_existing, ignored);
 }
 
 class Listener : public testing::EmptyTestEventListener {
@@ -71,6 +72,8 @@ private:
 
 void RecordFailures() {
     std::array<wchar_t, MAX_PATH> folder{};
-    if (GetEnvironmentVariableW(L"VELLUMKIT_RESULTS", folder.data(), static_cast<DWORD>(folder.size())) != 0)
+    const DWORD length =
+        GetEnvironmentVariableW(L"VELLUMKIT_RESULTS", folder.data(), static_cast<DWORD>(folder.size()));
+    if (length != 0 && length < folder.size())
         testing::UnitTest::GetInstance()->listeners().Append(new Listener(folder.data())); // owned by the list
 }

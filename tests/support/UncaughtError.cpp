@@ -23,8 +23,13 @@ void ThrowWithoutLeave() noexcept { // NOLINT(bugprone-exception-escape): that i
     Throw(nullptr);
 }
 
-/// What stands behind the array is what guards the return.
+/// What stands behind the array is what guards the return. Without it the return itself goes wrong: that would end the
+/// process as a fault does, so a fault gets another exit code here.
 void OverwriteStack() {
+    SetUnhandledExceptionFilter([](EXCEPTION_POINTERS* /*exception*/) -> LONG {
+        TerminateProcess(GetCurrentProcess(), 1);
+        return EXCEPTION_CONTINUE_SEARCH;
+    });
     std::array<char, 16> array{};
     const volatile std::size_t size = 2 * array.size();
     std::memset(array.data(), 'x', size);
@@ -33,8 +38,10 @@ void OverwriteStack() {
 } // namespace
 
 int WINAPI wWinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, wchar_t* commandLine, int /*show*/) {
-    EndProcessOnUncaughtErrors();
     const std::wstring_view error = commandLine;
+    if (error == L"early")
+        Throw(nullptr);
+    EndProcessOnUncaughtErrors();
     if (error == L"com")
         throw _com_error(E_FAIL);
     if (error == L"standard")
