@@ -23,7 +23,7 @@ extern "C" [[noreturn, gnu::alias("__stack_chk_fail")]] void OnOverwrittenObject
 namespace {
 
 /// Where Windows has not done it, in the way of Microsoft's run-time library.
-[[gnu::no_stack_protector]] void ChooseStackGuard() {
+__attribute__((no_stack_protector)) void ChooseStackGuard() {
     if (StackGuard != UnchosenStackGuard)
         return;
     FILETIME now{};
