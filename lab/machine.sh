@@ -247,6 +247,8 @@ packages)
     case ${1:-} in
     lint) packages+=("${lint_packages[@]}") ;;
     bench) packages+=("${bench_packages[@]}") ;;
+    '') ;;
+    *) fail "lists: lint, bench" ;;
     esac
     install_packages
     ;;
