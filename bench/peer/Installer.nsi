@@ -45,10 +45,6 @@ Function .onInit
     ${If} $0 != ""
         StrCpy $LANGUAGE $0
     ${EndIf}
-    ${GetParameters} $0
-    ${GetOptions} $0 "/config=" $Config
-    !insertmacro OpenLog "Vellumkit_Peer.log"
-    ${WriteLog} "Command line: $0"
 FunctionEnd
 
 Function .onGUIInit
@@ -57,20 +53,20 @@ Function .onGUIInit
     SetBrandingImage "$PLUGINSDIR\logo.bmp"
 FunctionEnd
 
-!macro Fail TEXT
-    ${WriteLog} "ERROR: ${TEXT}"
-    DetailPrint "$(StrInstallFailed)"
-    SetErrorLevel 1
-    Abort
-!macroend
-!define Fail "!insertmacro Fail"
-
 !macro ShowStatus TEXT
     SetDetailsPrint both
     DetailPrint "${TEXT}"
     SetDetailsPrint none ; NSIS would show each instruction
 !macroend
 !define ShowStatus "!insertmacro ShowStatus"
+
+!macro Fail TEXT
+    ${WriteLog} "ERROR: ${TEXT}"
+    ${ShowStatus} "$(StrInstallFailed)"
+    SetErrorLevel 1
+    Abort
+!macroend
+!define Fail "!insertmacro Fail"
 
 Function WaitForOneNote
     ${For} $1 1 60
@@ -145,6 +141,10 @@ Function UpdateSecureProtocols
 FunctionEnd
 
 Section
+    !insertmacro OpenLog "Vellumkit_Peer.log"
+    ${GetParameters} $0
+    ${GetOptions} $0 "/config=" $Config
+    ${WriteLog} "Command line: $0"
     ${ShowStatus} "$(StrCheckingRequirements)"
     Call WaitForOneNote
     ${ShowStatus} "$(StrInstalling)"
