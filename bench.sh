@@ -11,8 +11,9 @@ Installs what is missing, builds, makes an installer with NSIS that does the sam
 one Wine prefix, on a virtual display. Leave the machine alone meanwhile. Results: out/bench/results.md, results.tsv
 (every number) and ratios.svg.
 
-Without a group it measures all of them, which takes about eight minutes, and also writes table and chart into
-docs/benchmarks.md and docs/pictures/.
+Without a group it measures all of them, which takes about ten minutes. With fifteen pairs at least it also writes
+table and chart into docs/benchmarks.md and docs/pictures/ then. Payloads of up to 256 MB take 1.7 GB in out/bench/, and
+a build of their own.
 
   --pairs N  how often each of the two is measured (default: 15; 3 to try a change)
   --help     this text
@@ -27,7 +28,8 @@ misuse() {
     exit 2
 }
 
-mapfile -t groups < <(sed -n 's/.*Measure("\([a-z]*\)".*/\1/p' bench/measures.py | awk '!seen[$0]++')
+mapfile -t groups < <(
+    PYTHONPATH=bench python3 -Bc 'import rows; print(*dict.fromkeys(row.group for row in rows.MEASURES), sep="\n")')
 pairs=15
 picked=()
 while [ $# -gt 0 ]; do
@@ -39,7 +41,7 @@ while [ $# -gt 0 ]; do
         ;;
     --help) usage; exit ;;
     *)
-        [[ " ${groups[*]} " = *" $1 "* ]] || misuse "unknown group '$1'"
+        [[ $1 != *' '* && " ${groups[*]} " = *" $1 "* ]] || misuse "unknown group '$1'"
         picked+=("$1")
         shift
         ;;
@@ -48,19 +50,19 @@ done
 
 folder=$PWD/out/bench
 document=()
-sizes=(1)
-[ ${#picked[@]} != 0 ] || document=(docs/benchmarks.md docs/pictures/benchmarks.svg)
+sizes=()
+[ ${#picked[@]} != 0 ] || [ "$pairs" -lt 15 ] || document=(docs/benchmarks.md docs/pictures/benchmarks.svg)
 [ ${#picked[@]} != 0 ] || picked=("${groups[@]}")
-[[ " ${picked[*]} " != *" payload "* && " ${picked[*]} " != *" extraction "* ]] || sizes+=(16 64 256)
+[[ " ${picked[*]} " != *" payload "* && " ${picked[*]} " != *" extraction "* ]] || sizes=(1 16 64 256)
 
 lab/machine.sh packages bench
-lab/machine.sh build VellumkitInstaller elevated-installer workloads window-times
+lab/machine.sh build VellumkitInstaller elevated-installer office workloads window-times
 python3 bench/make.py "$folder" out/release/lab/elevated-installer.exe "${sizes[@]}"
-for size in "${sizes[@]:1}"; do
+for size in "${sizes[@]}"; do
     cmake --preset release -B "$folder/product" -DVELLUMKIT_ELEVATED_INSTALLER="$folder/payload-$size.exe" >/dev/null
     cmake --build "$folder/product" --target VellumkitInstaller
     cp "$folder/product/VellumkitInstaller.x64.exe" "$folder/installer-$size.exe"
 done
 VELLUMKIT_PREFIX=bench lab/machine.sh display \
-    lab/machine.sh linux python3 bench/measure.py "$folder" "$folder/peer-1.exe" "$pairs" "${picked[@]}"
+    lab/machine.sh linux python3 bench/measure.py "$folder" "$folder/peer.exe" "$pairs" "${picked[@]}"
 python3 bench/report.py "$folder" "${document[@]}"

@@ -5,7 +5,6 @@
 //
 // COLOUR is the one that the logo has most of, as RRGGBB.
 
-#include "bench/Stopwatch.h"
 #include "core/Unique.h"
 
 #include <windows.h>
@@ -13,6 +12,8 @@
 #include <shellapi.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -24,8 +25,10 @@ namespace {
 /// More than the icon has, which the peer shows beside its logo.
 constexpr std::ptrdiff_t PixelsOfLogo = 600;
 
+using Clock = std::chrono::steady_clock;
+
 /// What an installer may take to show something.
-constexpr double Patience = 30'000;
+constexpr std::chrono::seconds Patience(30);
 
 UniqueHandle Start(const wchar_t* commandLine) {
     std::wstring copy = commandLine;
@@ -73,7 +76,7 @@ std::ptrdiff_t CountOnScreen(HWND window, std::uint32_t colour) {
     format.bmiHeader.biPlanes = 1;
     format.bmiHeader.biBitCount = 32;
     std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-    const HDC screen = GetDC(nullptr);
+    const HDC screen = GetDC(nullptr); // nothing below throws: each is released in the same breath, without an owner
     const HDC memory = CreateCompatibleDC(screen);
     const HBITMAP bitmap = CreateCompatibleBitmap(screen, width, height);
     const HGDIOBJ before = SelectObject(memory, bitmap);
@@ -86,12 +89,12 @@ std::ptrdiff_t CountOnScreen(HWND window, std::uint32_t colour) {
     return std::ranges::count_if(pixels, [colour](std::uint32_t pixel) { return (pixel & 0xFFFFFF) == colour; });
 }
 
-/// The time at which it is true; negative when it never is.
+/// How many milliseconds after the start it is true; negative when it never is.
 template <typename Condition>
-double Await(const Stopwatch& stopwatch, Condition condition) {
-    while (stopwatch.Milliseconds() < Patience) {
+double Await(Clock::time_point start, Condition condition) {
+    while (Clock::now() - start < Patience) {
         if (condition())
-            return stopwatch.Milliseconds();
+            return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
         Sleep(1);
     }
     return -1;
@@ -99,14 +102,14 @@ double Await(const Stopwatch& stopwatch, Condition condition) {
 
 /// Returns the exit code. The peer takes no close box: in the end its Close button, which is a dialog's OK, is enabled.
 DWORD CloseAndWait(HANDLE process) {
-    const Stopwatch stopwatch;
+    const auto start = Clock::now();
     while (WaitForSingleObject(process, 50) == WAIT_TIMEOUT) {
         const HWND window = VisibleWindowOf(process);
         PostMessageW(window, WM_CLOSE, 0, 0);
         const HWND button = GetDlgItem(window, IDOK);
         if (IsWindowEnabled(button))
             PostMessageW(button, BM_CLICK, 0, 0);
-        if (stopwatch.Milliseconds() > Patience)
+        if (Clock::now() - start > Patience)
             TerminateProcess(process, 2);
     }
     DWORD code = 2;
@@ -122,13 +125,13 @@ int main() {
     if (count != 3)
         return 2;
     const auto colour = static_cast<std::uint32_t>(std::wcstoul(arguments[1], nullptr, 16));
-    const Stopwatch stopwatch;
+    const auto start = Clock::now();
     const UniqueHandle process = Start(arguments[2]);
     if (!process)
         return 2;
     HWND window = nullptr;
-    const double visible = Await(stopwatch, [&] { return (window = VisibleWindowOf(process.Get())) != nullptr; });
-    const double painted = Await(stopwatch, [&] { return CountOnScreen(window, colour) >= PixelsOfLogo; });
+    const double visible = Await(start, [&] { return (window = VisibleWindowOf(process.Get())) != nullptr; });
+    const double painted = Await(start, [&] { return CountOnScreen(window, colour) >= PixelsOfLogo; });
     if (visible < 0 || painted < 0) {
         TerminateProcess(process.Get(), 2);
         return 2;

@@ -1,8 +1,8 @@
 // Does one piece of the product's work and prints how many milliseconds it took.
 //
-//     workloads write FILE MEGABYTES        writes random bytes to a new file, as the payload is written
-//     workloads single-write FILE MEGABYTES the same bytes with one call of Windows: the limit
-//     workloads compare PROGRAM             compares the payload of a front-end with what was written of it
+//     workloads extract PROGRAM             extracts the payload of a front-end, and compares what was written with it:
+//                                           two times
+//     workloads single-write FILE MEGABYTES writes random bytes to a new file with one call of Windows: the limit
 //     workloads log COUNT                   writes entries to the log
 //     workloads report                      reports the registrations of OneNote and Office
 //     workloads find                        looks for OneNote among the running processes
@@ -13,7 +13,6 @@
 //     workloads remove-neighbours COUNT     removes them
 //     workloads crowd COUNT                 has so many processes run until its input ends; says when they are there
 
-#include "bench/Stopwatch.h"
 #include "checks/Requirements.h"
 #include "core/Launch.h"
 #include "core/Log.h"
@@ -28,6 +27,8 @@
 #include <shellapi.h>
 
 #include <array>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -38,6 +39,12 @@
 #include <vector>
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double Milliseconds(Clock::duration time) {
+    return std::chrono::duration<double, std::milli>(time).count();
+}
 
 /// Random, so that no file system can compress them.
 std::vector<char> RandomBytes(std::size_t megabytes) {
@@ -50,45 +57,39 @@ std::vector<char> RandomBytes(std::size_t megabytes) {
     return bytes;
 }
 
-double TimeWrite(const std::wstring& file, std::size_t megabytes) {
-    const std::vector<char> bytes = RandomBytes(megabytes);
-    bool whole = false;
-    const Stopwatch stopwatch;
-    WriteBytesToFile(file, bytes, &whole);
-    return whole ? stopwatch.Milliseconds() : -1;
-}
-
 double TimeSingleWrite(const std::wstring& file, std::size_t megabytes) {
     const std::vector<char> bytes = RandomBytes(megabytes);
-    const Stopwatch stopwatch;
+    const auto start = Clock::now();
     UniqueHandle target(
         CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     DWORD written = 0;
     WriteFile(target.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
     target.Reset();
-    return written == bytes.size() ? stopwatch.Milliseconds() : -1;
+    return written == bytes.size() ? Milliseconds(Clock::now() - start) : -1;
 }
 
-/// Set when the file is opened to be compared, until the shell is asked to start it.
-Stopwatch Comparison;
-double ComparisonTime = -1;
+/// When the payload's file was opened: to be written, then to be compared. The start comes last.
+std::vector<Clock::time_point> Openings;
+Clock::time_point Start;
 decltype(&CreateFileW) OriginalCreateFile = nullptr;
 
 HANDLE WINAPI NoteOpening(LPCWSTR name, DWORD access, DWORD sharing, LPSECURITY_ATTRIBUTES security, DWORD disposition,
                           DWORD flags, HANDLE pattern) {
-    Comparison = Stopwatch();
+    Openings.push_back(Clock::now());
     return OriginalCreateFile(name, access, sharing, security, disposition, flags, pattern);
 }
 
 BOOL WINAPI RefuseToStart(SHELLEXECUTEINFOW* /*execution*/) {
-    ComparisonTime = Comparison.Milliseconds();
+    Start = Clock::now();
     SetLastError(ERROR_CANCELLED);
     return FALSE;
 }
 
-/// The comparison has no name of its own: it is what happens between the last opening of a file and the start.
-double TimeComparison(const wchar_t* program) {
+/// Extraction and comparison have no names of their own: they are what happens between these times. False when there
+/// are others.
+bool TimeExtraction(const wchar_t* program) {
     InstanceHandle = LoadLibraryExW(program, nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    Log(true) << L"The first entry opens the file of the log";
     OriginalCreateFile = ImportedNow<decltype(CreateFileW)>("CreateFileW");
     const ImportPatch<decltype(CreateFileW)> opening("CreateFileW", NoteOpening);
     const ImportPatch<decltype(ShellExecuteExW)> start("ShellExecuteExW", RefuseToStart);
@@ -96,30 +97,33 @@ double TimeComparison(const wchar_t* program) {
         ExtractAndRunInstaller();
     } catch (const _com_error&) { // the refused start
     }
-    return ComparisonTime;
+    if (Openings.size() != 2 || Start < Openings[1])
+        return false;
+    std::printf("%.3f %.3f\n", Milliseconds(Openings[1] - Openings[0]), Milliseconds(Start - Openings[1]));
+    return true;
 }
 
 double TimeLog(int count) {
     Log(true) << L"The first entry opens the file";
-    const Stopwatch stopwatch;
+    const auto start = Clock::now();
     for (int entry = 0; entry < count; ++entry)
         Log(true) << L"Entry " << entry << L" of a log that is written to the disk at each of them";
-    return stopwatch.Milliseconds();
+    return Milliseconds(Clock::now() - start);
 }
 
 double TimeReport() {
     UnattendedMode = true; // no question
     Log(true);
-    const Stopwatch stopwatch;
+    const auto start = Clock::now();
     CheckRequirements();
-    return stopwatch.Milliseconds();
+    return Milliseconds(Clock::now() - start);
 }
 
 double TimeSearch() {
     Log(true);
-    const Stopwatch stopwatch;
+    const auto start = Clock::now();
     const UniqueHandle found = FindOneNoteProcess();
-    return found ? -1 : stopwatch.Milliseconds();
+    return found ? -1 : Milliseconds(Clock::now() - start);
 }
 
 LSTATUS AddKey(const wchar_t* path) {
@@ -128,7 +132,8 @@ LSTATUS AddKey(const wchar_t* path) {
 }
 
 LSTATUS RemoveKey(const wchar_t* path) {
-    return RegDeleteKeyW(HKEY_CLASSES_ROOT, path);
+    const LSTATUS status = RegDeleteKeyW(HKEY_CLASSES_ROOT, path);
+    return status != ERROR_FILE_NOT_FOUND ? status : ERROR_SUCCESS;
 }
 
 /// Beside the keys of classes, interfaces and type libraries, in both views where there are two.
@@ -155,10 +160,11 @@ std::size_t CountProcesses() {
 
 /// Suspended, they cost memory and nothing else, and the search can't tell.
 bool KeepCrowd(std::size_t count) {
-    const HANDLE job = CreateJobObjectW(nullptr, nullptr); // ends with this process, and all of the crowd with it
+    const UniqueHandle job(CreateJobObjectW(nullptr, nullptr)); // when it is closed, all of the crowd ends
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-    SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
+    if (!SetInformationJobObject(job.Get(), JobObjectExtendedLimitInformation, &limits, sizeof limits))
+        return false;
     while (CountProcesses() < count) {
         std::wstring commandLine = L"winver.exe";
         STARTUPINFOW startup{};
@@ -167,9 +173,12 @@ bool KeepCrowd(std::size_t count) {
         if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr,
                             &startup, &member))
             return false;
-        AssignProcessToJobObject(job, member.hProcess);
-        CloseHandle(member.hThread);
-        CloseHandle(member.hProcess);
+        const UniqueHandle process(member.hProcess);
+        const UniqueHandle thread(member.hThread);
+        if (!AssignProcessToJobObject(job.Get(), process.Get())) {
+            TerminateProcess(process.Get(), 1);
+            return false;
+        }
     }
     std::printf("%zu\n", CountProcesses());
     std::fflush(stdout);
@@ -188,18 +197,16 @@ int main() {
     const wchar_t* const first = count > 2 ? arguments[2] : L"";
     const int number = _wtoi(arguments[count - 1]);
     double time = -1;
-    if (command == L"write")
-        time = TimeWrite(first, static_cast<std::size_t>(number));
-    else if (command == L"single-write")
+    if (command == L"single-write")
         time = TimeSingleWrite(first, static_cast<std::size_t>(number));
-    else if (command == L"compare")
-        time = TimeComparison(first);
     else if (command == L"log")
         time = TimeLog(number);
     else if (command == L"report")
         time = TimeReport();
     else if (command == L"find")
         time = TimeSearch();
+    else if (command == L"extract")
+        return TimeExtraction(first) ? 0 : 1;
     else if (command == L"add-neighbours")
         return ForEachNeighbour(number, AddKey) ? 0 : 1;
     else if (command == L"remove-neighbours")

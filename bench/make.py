@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes what is measured but is no part of the product: payloads of several sizes, and the peer with each of them.
+"""Makes what is measured but is no part of the product: the peer, payloads of several sizes, and the peer with those.
 
     make.py FOLDER ELEVATED_INSTALLER MEGABYTES...
 """
@@ -30,6 +30,8 @@ def languages():
         if line.startswith("#"):
             continue
         code, _, lcid, _ = line.split(maxsplit=3)
+        if lcid not in known:
+            sys.exit(f"make.py: NSIS does not know the language {code}")
         yield f'LoadLanguageFile "${{NSISDIR}}\\Contrib\\Language files\\{known[lcid]}"'
         texts = dict(re.findall(r'/\* (\w+) \*/\s*L"([^"]*)"', (ROOT / f"core/languages/{code}.h").read_text()))
         for name in STATUS_TEXTS:
@@ -51,24 +53,31 @@ def padded(program, size):
     return file
 
 
-def make_peer(script, output, **defines):
+def make(script, output, **defines):
     command = ["makensis", "-V1", "-WX"] + [f"-D{name}={value}" for name, value in defines.items()]
     subprocess.run([*command, f"-DOUTPUT={output}", ROOT / "bench/peer" / script], check=True)
 
 
 def main():
-    folder, elevated_installer, sizes = Path(sys.argv[1]), Path(sys.argv[2]).read_bytes(), map(int, sys.argv[3:])
+    folder, elevated_installer, sizes = Path(sys.argv[1]), Path(sys.argv[2]).resolve(), list(map(int, sys.argv[3:]))
     folder.mkdir(parents=True, exist_ok=True)
     (folder / "languages.nsh").write_text("\n".join(languages()) + "\n")
     logo = folder / "logo.bmp"
     subprocess.run(["convert", ROOT / "resources/logo.png", "-background", "white", "-flatten", f"BMP3:{logo}"],
                    check=True)
+
+    def make_peer(output, payload):
+        make("Installer.nsi", output, PAYLOAD=payload, LOGO=logo, ICON=ROOT / "resources/vellumkit.ico",
+             LANGUAGES=folder / "languages.nsh")
+
+    make_peer(folder / "peer.exe", elevated_installer)
+    make("Workloads.nsi", folder / "peer-workloads.exe", PAYLOAD=elevated_installer)
     for megabytes in sizes:
         payload = folder / f"payload-{megabytes}.exe"
-        payload.write_bytes(padded(elevated_installer, megabytes * MEGABYTE))
-        make_peer("Installer.nsi", folder / f"peer-{megabytes}.exe", PAYLOAD=payload, LOGO=logo,
-                  ICON=ROOT / "resources/vellumkit.ico", LANGUAGES=folder / "languages.nsh")
-        make_peer("Workloads.nsi", folder / f"peer-workloads-{megabytes}.exe", PAYLOAD=payload)
+        payload.write_bytes(padded(elevated_installer.read_bytes(), megabytes * MEGABYTE))
+        make("Workloads.nsi", folder / f"peer-workloads-{megabytes}.exe", PAYLOAD=payload)
+    if sizes:
+        make_peer(folder / f"peer-{max(sizes)}.exe", folder / f"payload-{max(sizes)}.exe")
 
 
 if __name__ == "__main__":

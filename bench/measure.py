@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Measures the installer and its peer in the Wine prefix that it is started in, pair by pair, and writes what came of
-it into FOLDER/results.tsv: a line for each number, with the measure, whose it is, and the pair.
+it into FOLDER/results.tsv: a line for each number, with the measure, whose it is, and the pair. FOLDER/place.txt says
+where the temporary folder was.
 
     measure.py FOLDER PEER PAIRS GROUP...
 """
@@ -10,8 +11,8 @@ import functools
 import hashlib
 import os
 import re
-import resource
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -23,13 +24,15 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True
 
-from measures import MEASURES, ONE_WRITE, SIZES  # noqa: E402
+from rows import MEASURES, MAPPED, ONE_WRITE, SIZES  # noqa: E402
 
 ROOT = Path(__file__).resolve().parents[1]
 RELEASE = ROOT / "out/release"
 INSTALLER = RELEASE / "VellumkitInstaller.x64.exe"
 WORKLOADS = RELEASE / "bench/workloads.exe"
 PAYLOAD = RELEASE / "lab/elevated-installer.exe"
+OFFICE = RELEASE / "lab/office.exe"
+MACHINES = RELEASE / "lab/machines"
 
 PATIENCE = 120  # seconds
 SPECIFIED_WAIT = 1.0  # seconds that every pass sleeps
@@ -37,14 +40,20 @@ NEIGHBOURS = 5000
 ROOM = 1 << 30  # bytes, for the largest payload several times over
 
 
-class Ended:
-    """What the process was that a command became: Wine's loader becomes the Windows program."""
+def fork():
+    """With a function to call, the process begins as a copy of this program's data. Without one it would begin in this
+    program's memory itself, and have all of it in its peak."""
 
-    def __init__(self, command, output=None, **environment):
+
+class Run:
+    """A command, and what the process was that it became: Wine's loader becomes the Windows program. What it prints and
+    what Wine traces go into a file each, or nowhere."""
+
+    def __init__(self, command, output=os.devnull, trace=os.devnull, **environment):
         start = time.perf_counter()
-        with open(output or os.devnull, "w") as target:
+        with open(output, "w") as printed, open(trace, "w") as traced:
             process = subprocess.Popen([str(part) for part in command], cwd=ROOT, env={**os.environ, **environment},
-                                       stdout=target, stderr=target)
+                                       stdout=printed, stderr=traced, preexec_fn=fork)
             watchdog = threading.Timer(PATIENCE, process.kill)
             watchdog.start()
             _, status, usage = os.wait4(process.pid, 0)
@@ -52,14 +61,14 @@ class Ended:
         self.seconds = time.perf_counter() - start
         self.code = process.returncode = os.waitstatus_to_exitcode(status)
         self.cpu_seconds = usage.ru_utime + usage.ru_stime
-        self.peak_kilobytes = usage.ru_maxrss
+        self.peak_megabytes = usage.ru_maxrss / 1024
 
 
 def succeed(command, **options):
-    ended = Ended(command, **options)
-    if ended.code != 0:
-        sys.exit(f"measure.py: {' '.join(map(str, command))} ended with {ended.code}")
-    return ended
+    run = Run(command, **options)
+    if run.code != 0:
+        sys.exit(f"measure.py: {' '.join(map(str, command))} ended with {run.code}")
+    return run
 
 
 def output_of(*command):
@@ -69,21 +78,28 @@ def output_of(*command):
         return file.read().strip()
 
 
+def sha256(file):
+    return hashlib.sha256(file.read_bytes()).hexdigest() if file.exists() else "none"
+
+
 @contextmanager
-def running_until_closed(*command):
-    """A program that writes a line when it is ready, and ends with its input, which is closed in the end."""
-    with subprocess.Popen(["wine", *command], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
-        process.stdout.readline()
+def crowd_of(count, program=WORKLOADS):
+    """As many processes as that, of which the program is one. All that were started end with its input."""
+    with subprocess.Popen(["wine", program, "crowd", str(count)], stdin=subprocess.PIPE,
+                          stdout=subprocess.PIPE) as process:
+        there = int(process.stdout.readline() or 0)
+        if there < max(count, 1):
+            sys.exit(f"measure.py: {there} processes run where there should be {count}")
         yield
 
 
 def temporary_folder():
-    """In memory where there is room for it: a disk has other users and moments of its own."""
+    """In memory where there is room for it: a disk has other users and moments of its own. Second, where it is."""
     memory = Path("/dev/shm")
     roomy = memory.is_dir() and shutil.disk_usage(memory).free > ROOM
     folder = Path(tempfile.mkdtemp(prefix="vellumkit-bench-", dir=memory if roomy else None))
-    atexit.register(shutil.rmtree, folder)
-    return folder
+    atexit.register(shutil.rmtree, folder, ignore_errors=True)
+    return folder, "in memory" if roomy else "on the disk"
 
 
 def server_process():
@@ -99,8 +115,12 @@ def server_process():
     sys.exit("measure.py: there is no server of this prefix")
 
 
-def nanoseconds_run(process):
-    return int((process / "schedstat").read_text().split()[0])
+def milliseconds_run(process):
+    try:
+        return int((process / "schedstat").read_text().split()[0]) / 1e6
+    except FileNotFoundError:  # a kernel without it knows hundredths of a second
+        user, system = (process / "stat").read_text().rpartition(")")[2].split()[11:13]
+        return (int(user) + int(system)) * 1e3 / os.sysconf("SC_CLK_TCK")
 
 
 def commonest_colour(picture):
@@ -124,12 +144,15 @@ class Installer:
 class Bench:
     def __init__(self, folder, peer, pairs):
         self.folder, self.pairs = folder, pairs
-        self.temporary = temporary_folder()
+        self.temporary, place = temporary_folder()
+        (folder / "place.txt").write_text(place + "\n")
         self.windows_temporary = output_of("winepath", "-w", self.temporary)
         for name in ("TEMP", "TMP"):
             succeed(["wine", "reg", "add", r"HKCU\Environment", "/v", name, "/d", self.windows_temporary, "/f"])
         self.installer = Installer("installer", INSTALLER, ("/config", "{}"), "Vellumkit_Install.log")
         self.peer = Installer("peer", peer, ("/S", "/config={}"), "Vellumkit_Peer.log")
+        self.extracted = self.temporary / "Vellumkit/Vellumkit Installer.exe"
+        self.called = self.temporary / "Vellumkit_Elev.log"
         self.logo_colour = commonest_colour("resources/logo.png")
         self.results = (folder / "results.tsv").open("w")
         for name, code in (("succeeds", 0), ("fails", 5)):
@@ -139,14 +162,18 @@ class Bench:
         return f"{self.windows_temporary}\\{name}.ini"
 
     def note(self, measure, side, pair, value):
+        if value <= 0:
+            sys.exit(f"measure.py: {value} can't be the '{measure}' of '{side}'")
         print(measure, side, pair, f"{value:.10g}", sep="\t", file=self.results, flush=True)
 
     def alternate(self, measure_once, *sides):
-        """Measures each side once, as often as there are pairs, who begins in turn. A first pair does not count."""
+        """Measures each side as often as there are pairs. They take turns in going first, and the first pair is thrown
+        away."""
         for pair in range(-1, self.pairs):
             if sys.stdout.isatty():
                 print(f"\r  pair {pair + 1} of {self.pairs} ", end="", flush=True)
-            for side in sides if pair % 2 else reversed(sides):
+            first = pair % len(sides)
+            for side in (*sides[first:], *sides[:first]):
                 for measure, value in measure_once(side):
                     if pair >= 0:
                         self.note(measure, getattr(side, "side", side), pair, value)
@@ -158,45 +185,61 @@ class Bench:
     def prepare(self):
         """The machine as each pass finds it: settings to be repaired, nothing extracted."""
         succeed(["wine", "reg", "import", ROOT / "bench/settings.reg"])
-        for file in ("Vellumkit/Vellumkit Installer.exe", "Vellumkit_Elev.log"):
-            (self.temporary / file).unlink(missing_ok=True)
+        for file in (self.extracted, self.called):
+            file.unlink(missing_ok=True)
 
     def effects(self, installer):
         """What a pass has changed: the user's settings, the payload and how it was called, and how the pass ended."""
         self.prepare()
-        ended = Ended(installer.unattended_pass(self.configuration("succeeds")))
-        settings = self.temporary / "settings.reg"
-        succeed(["wine", "reg", "export", r"HKCU\Software", settings, "/y"])
-        target = self.temporary / "Vellumkit/Vellumkit Installer.exe"
-        called = self.temporary / "Vellumkit_Elev.log"
+        run = Run(installer.unattended_pass(self.configuration("succeeds")))
+        exported = self.temporary / "settings.reg"
+        succeed(["wine", "reg", "export", r"HKCU\Software", exported, "/y"])
+        settings = exported.read_text("utf-16")
         log = self.temporary / installer.log
         return {
-            "exit code": ended.code,
-            "waits for the payload": ended.seconds > SPECIFIED_WAIT,
-            "settings": settings.read_text("utf-16"),
-            "payload": hashlib.sha256(target.read_bytes()).hexdigest() if target.exists() else "none",
-            "payload's command line": re.findall("Command line: (.*)", called.read_text("utf-16"))
-            if called.exists() else "none",
+            "exit code": run.code,
+            "waits for the payload": run.seconds > SPECIFIED_WAIT,
+            "settings": settings,
+            "repairs the settings": re.search("DisabledItems|DisableAllAddins|LoadBehavior", settings) is None
+            and '"SecureProtocols"=dword:00000aa0' in settings,
+            "payload": sha256(self.extracted),
+            "payload's command line": re.findall("Command line: (.*)", self.called.read_text("utf-16"))
+            if self.called.exists() else "none",
             "log in UTF-16": log.exists() and log.read_bytes().startswith(b"\xff\xfe"),
-            "exit code after a payload that failed": Ended(installer.unattended_pass(self.configuration("fails"))).code,
-            "waits for OneNote": self.waits_for_onenote(installer),
+            "exit code after a payload that failed": Run(installer.unattended_pass(self.configuration("fails"))).code,
+            "waits for OneNote": self.waits_for(installer, "onenote.exe"),
+            "waits for Datebookery": self.waits_for(installer, "datebk.exe"),
         }
 
-    def waits_for_onenote(self, installer):
-        onenote = self.folder / "onenote.exe"
-        onenote.write_bytes(WORKLOADS.read_bytes())
-        with running_until_closed(onenote, "crowd", "0"):
+    def waits_for(self, installer, name):
+        """Whether nothing is extracted as long as a process of that name runs, and all goes well afterwards."""
+        program = self.folder / name
+        shutil.copyfile(WORKLOADS, program)
+        self.prepare()
+        with crowd_of(0, program):
             started = subprocess.Popen(installer.unattended_pass(self.configuration("succeeds")))
             time.sleep(2.5)  # more than a pass takes
-            waits = started.poll() is None
-        started.wait(PATIENCE)
-        return waits
+            waits = started.poll() is None and not self.extracted.exists()
+        return waits and started.wait(PATIENCE) == 0 and self.extracted.exists()
 
     def refuse_unequal(self):
-        mine, others = self.effects(self.installer), self.effects(self.peer)
-        different = [name for name in mine if mine[name] != others[name]]
+        mine, theirs = self.effects(self.installer), self.effects(self.peer)
+        expected = {
+            "exit code": 0,
+            "waits for the payload": True,
+            "repairs the settings": True,
+            "payload": sha256(PAYLOAD),
+            "log in UTF-16": True,
+            "exit code after a payload that failed": 1,
+            "waits for OneNote": True,
+            "waits for Datebookery": True,
+        }
+        wrong = [name for name in expected if mine[name] != expected[name]]
+        if wrong:
+            sys.exit("measure.py: the installer does not do what it should: " + ", ".join(wrong))
+        different = [name for name in mine if mine[name] != theirs[name]]
         for name in different:
-            print(f"{name}: {str(mine[name])[:300]!r} is the installer's, {str(others[name])[:300]!r} the peer's",
+            print(f"{name}: {str(mine[name])[:300]!r} is the installer's, {str(theirs[name])[:300]!r} the peer's",
                   file=sys.stderr)
         if different:
             sys.exit("measure.py: the peer does not do what the installer does: " + ", ".join(different))
@@ -219,101 +262,128 @@ class Bench:
 
         self.alternate(measure_once, self.installer, self.peer)
 
+    def measured_pass(self, installer):
+        run = succeed(installer.unattended_pass(self.configuration("succeeds")))
+        if run.peak_megabytes <= Run(["true"]).peak_megabytes:
+            sys.exit("measure.py: the peak memory may be that of this program before it became another one")
+        return run
+
     def passes(self, name, *installers):
         server = server_process()
 
         def measure_once(installer):
             self.prepare()
-            before = nanoseconds_run(server)
-            ended = succeed(installer.unattended_pass(self.configuration("succeeds")))
-            if ended.peak_kilobytes <= resource.getrusage(resource.RUSAGE_SELF).ru_maxrss:
-                sys.exit("measure.py: the peak memory may be that of this program before it became another one")
-            yield f"{name}-cpu", ended.cpu_seconds * 1e3
-            yield f"{name}-server", (nanoseconds_run(server) - before) / 1e6
-            yield f"{name}-wall", (ended.seconds - SPECIFIED_WAIT) * 1e3
-            yield f"{name}-memory", ended.peak_kilobytes / 1024
+            before = milliseconds_run(server)
+            run = self.measured_pass(installer)
+            yield f"{name}-cpu", run.cpu_seconds * 1e3
+            yield f"{name}-server", milliseconds_run(server) - before
+            yield f"{name}-wall", (run.seconds - SPECIFIED_WAIT) * 1e3
+            yield f"{name}-memory", run.peak_megabytes
 
         self.alternate(measure_once, *installers)
 
     def measure_pass(self):
         self.passes("pass", self.installer, self.peer)
 
+    def with_payload(self, installer, megabytes):
+        return replace(installer, program=self.folder / f"{installer.side}-{megabytes}.exe")
+
     def measure_payload(self):
-        self.passes("large", *(replace(installer, program=self.folder / f"{installer.side}-256.exe")
-                               for installer in (self.installer, self.peer)))
-        for size in SIZES:
-            program = self.folder / f"installer-{size}.exe" if size > 1 else INSTALLER
-            self.alternate_work(f"comparison-{size}", "compare", program)
+        small, *_, large = SIZES
+        self.passes("large", *(self.with_payload(installer, large) for installer in (self.installer, self.peer)))
 
-    def workload(self, measure, *arguments):
-        return measure, float(output_of("wine", WORKLOADS, *arguments))
+        def measure_memory(side):
+            megabytes, mapped = (large, 0) if side == "installer" else (small, large)
+            self.prepare()
+            run = self.measured_pass(self.with_payload(self.installer, megabytes))
+            yield "mapped-memory", run.peak_megabytes + mapped
 
-    def peer_workload(self, measure, argument, size=1):
+        self.alternate(measure_memory, "installer", MAPPED)
+
+    def workload(self, *arguments):
+        """The times that it prints."""
+        return map(float, output_of("wine", WORKLOADS, *arguments).split())
+
+    def peer_workload(self, argument, program="peer-workloads.exe"):
         file = self.temporary / "workloads.txt"
         file.unlink(missing_ok=True)
-        succeed(["wine", self.folder / f"peer-workloads-{size}.exe", "/S", argument])
+        succeed(["wine", self.folder / program, "/S", argument])
         ticks, frequency = map(int, file.read_text().split())
-        return measure, 1e3 * ticks / frequency
+        return 1e3 * ticks / frequency
 
     def measure_extraction(self):
         file = self.temporary / "extracted.bin"
-        target = f"{self.windows_temporary}\\{file.name}"
 
         def measure_once(side, size):
+            for written in (file, self.extracted):
+                written.unlink(missing_ok=True)
             if side == "peer":
-                yield self.peer_workload(f"extraction-{size}", "/extract", size)
+                yield f"extraction-{size}", self.peer_workload("/extract", f"peer-workloads-{size}.exe")
             elif side == ONE_WRITE:
-                yield self.workload(f"write-{size}", "single-write", target, size)
+                yield f"write-{size}", *self.workload("single-write", f"{self.windows_temporary}\\{file.name}", size)
             else:
-                extraction, value = self.workload(f"extraction-{size}", "write", target, size)
-                yield extraction, value
-                yield f"write-{size}", value
-            file.unlink()
+                extraction, comparison = self.workload("extract", self.folder / f"installer-{size}.exe")
+                yield f"extraction-{size}", extraction
+                yield f"write-{size}", extraction
+                yield f"comparison-{size}", comparison
 
         for size in SIZES:
             self.alternate(functools.partial(measure_once, size=size), "installer", "peer", ONE_WRITE)
 
     def alternate_work(self, measure, *arguments, peer=None):
-        self.alternate(lambda side: [self.peer_workload(measure, peer) if side == "peer" else
-                                     self.workload(measure, *arguments)], "installer", *["peer"] * (peer is not None))
+        def measure_once(side):
+            yield measure, *([self.peer_workload(peer)] if side == "peer" else self.workload(*arguments))
+
+        self.alternate(measure_once, "installer", *["peer"] * (peer is not None))
 
     def measure_log(self):
         self.alternate_work("log", "log", 10_000, peer="/log=10000")
 
     def measure_report(self):
-        self.alternate_work("report-0", "report")
+        def remove_neighbours():  # also those that an interrupted run has left
+            succeed(["wine", WORKLOADS, "remove-neighbours", NEIGHBOURS])
+
+        remove_neighbours()
+        succeed(["wine", OFFICE, MACHINES / "office-64-bit.ini"])
         try:
+            self.alternate_work("report-0", "report")
             succeed(["wine", WORKLOADS, "add-neighbours", NEIGHBOURS])
             self.alternate_work("report-5000", "report")
         finally:
-            succeed(["wine", WORKLOADS, "remove-neighbours", NEIGHBOURS])
+            remove_neighbours()
+            succeed(["wine", OFFICE, MACHINES / "no-office.ini"])
 
     def measure_processes(self):
         for count in (1, 100, 1000):
-            with running_until_closed(WORKLOADS, "crowd", str(count)):
+            with crowd_of(count):
                 self.alternate_work(f"find-{count}", "find", peer="/find")
 
     def measure_counts(self):
+        """Each two times, which shows what noise moves them."""
         trace = self.folder / "trace.txt"
-        for installer in (self.installer, self.peer):
-            command = installer.unattended_pass(self.configuration("succeeds"))
-            self.prepare()
-            succeed(command, output=trace, WINEDEBUG="-all,+pid,+loaddll,+reg")
-            lines = lines_of(installer, trace)
-            self.note("libraries", installer.side, 0, libraries_in(lines))
-            self.note("keys", installer.side, 0, sum(re.search(r":Nt(Open|Create)Key(Ex)? \(", line) is not None
-                                                     for line in lines))
-            self.note("log-bytes", installer.side, 0, (self.temporary / installer.log).stat().st_size)
-            self.prepare()
-            succeed(self.pass_with_window(installer), output=trace, WINEDEBUG="-all,+pid,+loaddll")
-            self.note("window-libraries", installer.side, 0, libraries_in(lines_of(installer, trace)))
-            self.prepare()
-            succeed(["strace", "-f", "-y", "-qq", "-e", "signal=none", "-o", trace, *command])
-            calls = calls_of_first_process(trace)
-            self.note("calls", installer.side, 0, len(calls))
-            self.note("log-writes", installer.side, 0,
-                      sum(re.match(rf"p?write\w*\(\d+<[^>]*/{installer.log}>", call) is not None for call in calls))
+        for pair in range(2):
+            for installer in (self.installer, self.peer):
+                for measure, count in self.counts_of(installer, trace):
+                    self.note(measure, installer.side, pair, count)
         trace.unlink()
+
+    def counts_of(self, installer, trace):
+        command = installer.unattended_pass(self.configuration("succeeds"))
+        self.prepare()
+        succeed(command, trace=trace, WINEDEBUG="-all,+pid,+loaddll,+reg")
+        lines = lines_of(installer, trace)
+        yield "libraries", libraries_in(lines)
+        yield "keys", sum(re.search(r":Nt(Open|Create)Key(Ex)? \(", line) is not None for line in lines)
+        yield "log-bytes", (self.temporary / installer.log).stat().st_size
+        self.prepare()
+        succeed(self.pass_with_window(installer), trace=trace, WINEDEBUG="-all,+pid,+loaddll")
+        yield "window-libraries", libraries_in(lines_of(installer, trace))
+        self.prepare()
+        succeed(["strace", "-f", "-y", "-qq", "-e", "signal=none", "-o", trace, *command])
+        calls = calls_of_first_process(trace)
+        yield "calls", len(calls)
+        write = re.compile(rf"p?write\w*\(\d+<[^>]*/{installer.log}>")
+        yield "log-writes", sum(write.match(call) is not None for call in calls)
 
 
 def lines_of(installer, trace):
@@ -331,29 +401,44 @@ def libraries_in(lines):
 
 
 def calls_of_first_process(trace):
-    """The system calls of all threads of the process that the command became: its children are others."""
-    process, begun, calls = {}, {}, []
+    """The system calls of all threads of the process that the command became, from the last program on that it became:
+    Debian's "wine" is a script. Its children are others."""
+    creator, begun, calls, first = {}, {}, [], None
     with trace.open(errors="replace") as lines:
         for line in lines:
             thread, _, call = line.rstrip("\n").partition(" ")
             call = call.lstrip()
-            process.setdefault(thread, thread if process else "first")
+            first = first or thread
             if call.startswith("<... "):
                 call = begun.pop(thread, "") + call
-            elif process[thread] == "first" and not call.startswith(("+++", "---")):
-                calls.append(call)
+            elif not call.startswith(("+++", "---")):
+                calls.append((thread, call))
             if call.endswith("<unfinished ...>"):
                 begun[thread] = call
+            elif thread == first and call.startswith("execve(") and call.endswith(" = 0"):
+                calls = calls[-1:]
             elif "CLONE_THREAD" in call:
-                process[call.rpartition("= ")[2]] = process[thread]
-    return calls
+                creator[call.rpartition("= ")[2]] = thread
+
+    def is_of_first(thread):  # which may have made calls before its creator was told of it
+        while thread in creator:
+            thread = creator[thread]
+        return thread == first
+
+    return [call for thread, call in calls if is_of_first(thread)]
 
 
 def main():
     folder, peer, pairs, *groups = sys.argv[1:]
+    for number in (signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, lambda *_: sys.exit("measure.py: was ended"))
+    if "counts" in groups and subprocess.run(["strace", "-qq", "-o", "/dev/null", "true"]).returncode != 0:
+        sys.exit("measure.py: strace can't trace here, which the group 'counts' needs")
     bench = Bench(Path(folder).resolve(), Path(peer).resolve(), int(pairs))
     bench.refuse_unequal()
-    for group in groups:
+    for group in dict.fromkeys(measure.group for measure in MEASURES):
+        if group not in groups:
+            continue
         print(f"{group}:", ", ".join(measure.title for measure in MEASURES if measure.group == group), flush=True)
         getattr(bench, f"measure_{group}")()
 

@@ -4,7 +4,7 @@
     report.py FOLDER [DOCUMENT PICTURE]
 
 FOLDER/results.tsv becomes FOLDER/results.md and FOLDER/ratios.svg. With a document, the table stands in it, dated,
-between two comments, and the chart is PICTURE. It takes every row, where the folder may hold some of them.
+between two comments, and the chart is PICTURE. Then there must be a result of every measure; else there may be some.
 """
 
 import os
@@ -19,7 +19,7 @@ from statistics import median, quantiles
 
 sys.dont_write_bytecode = True
 
-from measures import MEASURES, NSIS  # noqa: E402
+from rows import MEASURES, NSIS  # noqa: E402
 
 MARKERS = ("<!-- results of bench.sh -->", "<!-- end of results -->")
 CORES = ("no", "one core", "two cores", "three cores", "four cores")
@@ -43,19 +43,22 @@ def quartiles(values):
 
 
 def spread(values, text):
-    """The median, and the quartiles when there are several values."""
-    low, high = quartiles(values)
-    return text(median(values)) + (f" ({text(low)} to {text(high)})" if len(values) > 1 else "")
+    """The median, and the quartiles where they are others."""
+    low, high = map(text, quartiles(values))
+    return text(median(values)) + (f" ({low} to {high})" if low != high else "")
+
+
+def title(measure):
+    return measure.title + (f", {measure.unit}" if measure.unit else "")
 
 
 def other_side(measure):
     return "peer" if measure.against == NSIS else measure.against
 
 
-def ratio(measure, sides):
-    """Of the medians, and the quartiles of the pairs' ratios."""
-    mine, others = sides["installer"], sides[other_side(measure)]
-    return median(mine) / median(others), *quartiles([left / right for left, right in zip(mine, others, strict=True)])
+def ratios(measure, sides):
+    """Those of the pairs."""
+    return [mine / other for mine, other in zip(sides["installer"], sides[other_side(measure)], strict=True)]
 
 
 def check(results, measures):
@@ -74,12 +77,10 @@ def table(results, measures):
     yield "|---|---:|---|---:|---:|"
     for measure in measures:
         sides = results[measure.name]
-        title = measure.title + (f", {measure.unit}" if measure.unit else "")
-        row = [title, spread(sides["installer"], number)]
+        row = [title(measure), spread(sides["installer"], number)]
         if measure.against:
-            whole, low, high = ratio(measure, sides)
             row += [measure.against, spread(sides[other_side(measure)], number)]
-            row += [f"{whole:.2f}" + ("" if measure.is_count else f" ({low:.2f} to {high:.2f})")]
+            row += [spread(ratios(measure, sides), "{:.2f}".format)]
         else:
             row += ["nothing", "", ""]
         yield "| " + " | ".join(row) + " |"
@@ -87,16 +88,18 @@ def table(results, measures):
 
 def draw(results, measures, folder):
     """All but the counts, of which more is not worse: most of the log is specified."""
-    rows = [(f'"{measure.title} / {measure.against}"', *ratio(measure, results[measure.name]))
-            for measure in measures if measure.against and measure.group != "counts"]
-    if not rows:
+    compared = [measure for measure in measures if measure.against and measure.group != "counts"]
+    if not compared:
         return
-    (folder / "ratios.dat").write_text("".join(" ".join(map(str, row)) + "\n" for row in rows))
+    with (folder / "ratios.dat").open("w") as data:
+        for measure in compared:
+            values = ratios(measure, results[measure.name])
+            print(f'"{measure.title} / {measure.against}"', median(values), *quartiles(values), file=data)
     subprocess.run(["gnuplot", Path(__file__).with_name("ratios.gnuplot")], cwd=folder, check=True)
 
 
-def machine():
-    """In words: no name, no path."""
+def conditions(folder):
+    """The machine in words: no name, no path."""
     cores = os.cpu_count()
     words = CORES[cores] if cores < len(CORES) else f"{cores} cores"
     virtual = re.search(r"^flags.*\bhypervisor\b", Path("/proc/cpuinfo").read_text(), re.MULTILINE)
@@ -104,7 +107,10 @@ def machine():
     name = system["ID"].title() + " " + system.get("VERSION_ID", "testing")
     wine = subprocess.run(["wine", "--version"], env={**os.environ, "WINEDEBUG": "-all"}, capture_output=True,
                           text=True, check=True).stdout.split()[0].removeprefix("wine-")
-    return f"{words} of a {'virtual ' if virtual else ''}machine, {name}, Wine {wine}"
+    nsis = subprocess.run(["makensis", "-VERSION"], capture_output=True, text=True, check=True).stdout.strip()
+    place = (folder / "place.txt").read_text().strip()
+    return (f"{words} of a {'virtual ' if virtual else ''}machine, {name}, Wine {wine}, NSIS {nsis.removeprefix('v')}, "
+            f"temporary folder {place}")
 
 
 def rewrite(document, lines):
@@ -124,7 +130,7 @@ def main():
     check(results, measures)
     today = date.today()
     pairs = max(len(values) for sides in results.values() for values in sides.values())
-    lines = [f"{today.day} {today:%B %Y}, {machine()}, {pairs} pairs:", "", *table(results, measures)]
+    lines = [f"{today.day} {today:%B %Y}, {conditions(folder)}, {pairs} pairs:", "", *table(results, measures)]
     (folder / "results.md").write_text("\n".join(lines) + "\n")
     draw(results, measures, folder)
     if target:
