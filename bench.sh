@@ -11,9 +11,9 @@ Installs what is missing, builds, makes an installer with NSIS that does the sam
 one Wine prefix, on a virtual display. Leave the machine alone meanwhile. Results: out/bench/results.md, results.tsv
 (every number) and ratios.svg.
 
-Without a group it measures all of them, which takes about ten minutes. With fifteen pairs at least it also writes
-table and chart into docs/benchmarks.md and docs/pictures/ then. Payloads of up to 256 MB take 1.7 GB in out/bench/, and
-a build of their own.
+Without a group it measures all of them, which takes about a quarter of an hour. With fifteen pairs at least it also
+writes table and chart into docs/benchmarks.md and docs/pictures/ then. Payloads of up to 256 MB take 1.8 GB in
+out/bench/, and a build of their own.
 
   --pairs N  how often each of the two is measured (default: 15; 3 to try a change)
   --help     this text

@@ -439,7 +439,8 @@ def main():
     for group in dict.fromkeys(measure.group for measure in MEASURES):
         if group not in groups:
             continue
-        print(f"{group}:", ", ".join(measure.title for measure in MEASURES if measure.group == group), flush=True)
+        titles = dict.fromkeys(measure.title for measure in MEASURES if measure.group == group)
+        print(f"{group}:", ", ".join(titles), flush=True)
         getattr(bench, f"measure_{group}")()
 
 
