@@ -60,7 +60,8 @@ rem What the installer says of this machine, and how it looks.
 if not "%filter%"=="*" set languages=en
 start "" /wait "%kit%VellumkitInstaller.x64.exe" /config "%kit%no-configuration.ini"
 call :note VellumkitInstaller
-copy "%TMP%\Vellumkit_Install.log" "%results%" >nul || set failed=1
+copy "%TMP%\Vellumkit_Install.log" "%results%" >nul
+if not exist "%results%\Vellumkit_Install.log" set failed=1
 start "" /wait "%kit%lab\gallery.exe" "%results%\screens" %languages%
 call :note gallery
 echo Please send back: %results%

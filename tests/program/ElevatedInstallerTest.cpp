@@ -68,8 +68,11 @@ constexpr int Hanging = 50000; // milliseconds, longer than the test
 /// After the writing, when the file is opened to keep it from changing. On a machine without type libraries it is the
 /// only one that the installer opens for reading.
 Interceptions AfterTheWriting(Interception interception) {
-    return {{"CreateFileW", [interception = std::move(interception)](const auto& arguments) {
-                 return arguments[1] == GENERIC_READ ? interception(arguments) : std::nullopt;
+    return {{"CreateFileW", [interception = std::move(interception)](const auto& arguments) -> std::optional<Answer> {
+                 if (arguments[1] != GENERIC_READ)
+                     return {};
+                 InterceptNoMore();
+                 return interception(arguments);
              }}};
 }
 

@@ -63,7 +63,12 @@ TEST_F(TemporaryFolder, ThatTakesNoFolderFailsThePassWithTheSystemsCode) {
 
 TEST_F(TemporaryFolder, ThatIsFullLeavesThePayloadToTheShell) {
     const User::ConfirmedBoxes boxes; // the shell tells of a damaged program in one
-    EXPECT_EQ(InstallIntercepting({{"WriteFile", FailingAfter(0, FALSE)}}), 1U);
+    EXPECT_EQ(InstallIntercepting({{"WriteFile",
+                                    [](const auto& /*arguments*/) {
+                                        InterceptNoMore();
+                                        return Answer{FALSE, ERROR_DISK_FULL};
+                                    }}}),
+              1U);
     EXPECT_EQ(ReadBytes(Target()), "");
     const Entries log = Logged();
     EXPECT_TRUE(log.back().starts_with(L"ERROR: Installation failed:\n\n")) << testing::PrintToString(log.back());

@@ -8,7 +8,9 @@
 set -euo pipefail
 root=$(realpath -- "$(dirname -- "$0")/../..")
 build=$(realpath -- "$1")
-folder=$(mktemp -d)
+# The linker sorts by the names of files: a build must not depend on which side of /usr it lies.
+if [[ $build < /usr ]]; then other=/var/tmp; else other=/tmp; fi
+folder=$(mktemp -d -p "$other")
 trap 'rm -rf "$folder"' EXIT
 time_of_commit=1700000000
 unset SOURCE_DATE_EPOCH # a caller's

@@ -5,6 +5,7 @@
 #include "tests/support/Watchdog.h"
 
 #include <gtest/gtest.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -14,6 +15,8 @@ constexpr ULONG_PTR NoCode = 0x1000;
 
 /// Of the thread's environment block.
 constexpr ULONG_PTR LastErrorOffset = 0x68;
+
+bool LastWasIntercepted = false;
 
 struct InterceptedImport {
     ULONG_PTR slotOffset = 0;
@@ -45,17 +48,21 @@ class Debugger {
 public:
     explicit Debugger(std::vector<InterceptedImport> imports) : imports_(std::move(imports)) {}
 
-    DWORD AwaitEnd() {
+    /// To its end, or to the last call that is intercepted.
+    void Debug() {
         const Watchdog::Waiting waiting("the end of a program whose calls are intercepted");
         DEBUG_EVENT event{};
         while (WaitForDebugEvent(&event, INFINITE)) {
             const DWORD status = Handle(event);
             ContinueDebugEvent(event.dwProcessId, event.dwThreadId, status);
             if (event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT)
-                return event.u.ExitProcess.dwExitCode;
+                return;
+            if (std::exchange(LastWasIntercepted, false)) {
+                EXPECT_TRUE(DebugActiveProcessStop(event.dwProcessId));
+                return;
+            }
         }
         ADD_FAILURE() << "the program can't be debugged, error " << GetLastError();
-        return 0;
     }
 
 private:
@@ -87,7 +94,8 @@ private:
         const EXCEPTION_RECORD& exception = event.u.Exception.ExceptionRecord;
         if (exception.ExceptionCode == EXCEPTION_BREAKPOINT && !started_) {
             started_ = true; // all libraries are loaded, and the slots are filled
-            RedirectSlots();
+            for (std::size_t number = 0; number < imports_.size(); ++number)
+                imports_[number].function = ReplaceSlot(imports_[number], NoCode + number);
             return DBG_CONTINUE;
         }
         const ULONG_PTR number = reinterpret_cast<ULONG_PTR>(exception.ExceptionAddress) - NoCode;
@@ -97,15 +105,15 @@ private:
         return DBG_CONTINUE;
     }
 
-    void RedirectSlots() {
-        for (std::size_t number = 0; number < imports_.size(); ++number) {
-            const ULONG_PTR slot = base_ + imports_[number].slotOffset;
-            DWORD protection = 0;
-            VirtualProtectEx(process_, reinterpret_cast<void*>(slot), sizeof slot, PAGE_READWRITE, &protection);
-            imports_[number].function = Read(slot);
-            Write(slot, NoCode + number);
-            VirtualProtectEx(process_, reinterpret_cast<void*>(slot), sizeof slot, protection, &protection);
-        }
+    /// Returns what the slot held.
+    ULONG_PTR ReplaceSlot(const InterceptedImport& import, ULONG_PTR function) const {
+        const ULONG_PTR slot = base_ + import.slotOffset;
+        DWORD protection = 0;
+        VirtualProtectEx(process_, reinterpret_cast<void*>(slot), sizeof slot, PAGE_READWRITE, &protection);
+        const ULONG_PTR before = Read(slot);
+        Write(slot, function);
+        VirtualProtectEx(process_, reinterpret_cast<void*>(slot), sizeof slot, protection, &protection);
+        return before;
     }
 
     void Intercept(const InterceptedImport& import, const Thread& thread) {
@@ -120,6 +128,10 @@ private:
             Write(thread.environmentBlock + LastErrorOffset, answer->error);
         }
         EXPECT_TRUE(SetThreadContext(thread.handle, &context));
+        if (LastWasIntercepted) {
+            for (const InterceptedImport& each : imports_)
+                ReplaceSlot(each, each.function);
+        }
     }
 
     ULONG_PTR Read(ULONG_PTR address) const {
@@ -142,9 +154,14 @@ private:
 
 } // namespace
 
+void InterceptNoMore() {
+    LastWasIntercepted = true;
+}
+
 DWORD RunIntercepted(const std::filesystem::path& file, const std::wstring& arguments,
                      const std::filesystem::path& temporaryFolder, const Interceptions& interceptions) {
     Debugger debugger(FindImports(file, interceptions));
     const Program program(file, arguments, temporaryFolder, {}, DEBUG_ONLY_THIS_PROCESS);
-    return debugger.AwaitEnd();
+    debugger.Debug();
+    return program.ExitCode();
 }

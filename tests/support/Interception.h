@@ -34,6 +34,10 @@ inline Interception Before(std::function<void()> action) {
     };
 }
 
+/// Called by an interception: this call is the last one, and the program runs on without a debugger. Under one, Wine 8
+/// loses a register (rbp) on the way from where an exception is thrown to where it is caught.
+void InterceptNoMore();
+
 /// Runs a program, as `Program` does, with this process as its debugger, and returns its exit code. Its calls of the
 /// imported functions that are named are intercepted; the whole program stands still meanwhile. Library functions
 /// that it finds by itself are not seen. A test failure when it does not import a function.
