@@ -151,8 +151,8 @@ TEST_P(LibraryPlanting, DoesNotReachASearchInVain) {
 // The tests' own proof that Wine loads what is planted: this program has no defence, and the front-end's name. Windows
 // can't be brought to it, since it keeps this library ready.
 TEST_P(LibraryPlantingBeside, ReachesAnotherProgram) {
-    Plant({L"advapi32.dll"});
-    fs::copy_file(ProgramFolder() / "uncaught-error.exe", Copy(), fs::copy_options::overwrite_existing);
+    Plant({L"shell32.dll"});
+    fs::copy_file(ProgramFolder() / "log-writer.exe", Copy(), fs::copy_options::overwrite_existing);
     StartCopy(L"").ExitCode();
     EXPECT_NE(Loaded(), std::set<fs::path>());
 }
