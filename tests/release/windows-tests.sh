@@ -67,7 +67,7 @@ iconv -f UTF-16 -t UTF-8 "$results/Vellumkit_Install.log" | grep --text 'State: 
 [ -z "$(ls "$results/failures")" ] || fail "a test that has passed counts as a failure"
 
 run_tests 1 /throw-away NoSuchTest
-grep -q 'No test of this name has run: NoSuchTest' "$folder/output" || fail "a test that is not there has run"
+grep -q 'No test of this name has run: "NoSuchTest"' "$folder/output" || fail "a test that is not there has run"
 
 # A screen of another resolution, and an executable that is not of the version that it should be.
 in_wine reg add 'HKCU\Control Panel\Desktop\WindowMetrics' /v AppliedDPI /t REG_DWORD /d 192 /f
