@@ -88,7 +88,7 @@ BOOL WINAPI RefuseToStart(SHELLEXECUTEINFOW* /*execution*/) {
 /// Extraction and comparison have no names of their own: they are what happens between these times. False when there
 /// are others.
 bool TimeExtraction(const wchar_t* program) {
-    InstanceHandle = LoadLibraryExW(program, nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    InstanceHandle = LoadLibraryExW(program, nullptr, DONT_RESOLVE_DLL_REFERENCES); // mapped as a program is
     Log(true) << L"The first entry opens the file of the log";
     OriginalCreateFile = ImportedNow<decltype(CreateFileW)>("CreateFileW");
     const ImportPatch<decltype(CreateFileW)> opening("CreateFileW", NoteOpening);
