@@ -28,8 +28,7 @@ misuse() {
     exit 2
 }
 
-mapfile -t groups < <(
-    PYTHONPATH=bench python3 -Bc 'import rows; print(*dict.fromkeys(row.group for row in rows.MEASURES), sep="\n")')
+mapfile -t groups < <(sed -n 's/.*Measure("\([a-z]*\)".*/\1/p' bench/rows.py | uniq)
 pairs=15
 picked=()
 while [ $# -gt 0 ]; do

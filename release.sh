@@ -80,7 +80,8 @@ export LC_ALL=C.UTF-8
 unset CMAKE_CXX_COMPILER_LAUNCHER CXXFLAGS LDFLAGS
 lab/machine.sh packages
 if [ "$dirty" = 0 ]; then
-    changes=$(git status --porcelain) || fail "git can't tell whether a commit has these sources; --dirty builds them all the same"
+    changes=$(git status --porcelain) ||
+        fail "git can't tell whether a commit has these sources; --dirty builds them all the same"
     [ -z "$changes" ] || fail "no commit has these sources; --dirty builds them all the same:"$'\n'"$changes"
 fi
 

@@ -389,8 +389,10 @@ class Bench:
 def lines_of(installer, trace):
     """The lines of Wine's trace that the installer's process has written. They begin with the process."""
     lines = trace.read_text(errors="replace").splitlines()
-    process = next(line.split(":")[0] for line in lines
-                   if re.search(rf'Loaded L".*\\{re.escape(installer.program.name)}"', line))
+    process = next((line.split(":")[0] for line in lines
+                    if re.search(rf'Loaded L".*\\{re.escape(installer.program.name)}"', line)), None)
+    if process is None:
+        sys.exit(f"measure.py: Wine's trace does not tell that {installer.program.name} was loaded")
     return [line for line in lines if line.startswith(process + ":")]
 
 

@@ -7,7 +7,7 @@ set output "ratios.svg"
 set label "Shorter is better: at 1 the installer takes as much as what it is compared with" at screen 0.5, 0.97 center
 set tmargin 2.5
 set logscale x 2
-set xrange [lowest:highest]
+set xrange [lowest * 0.99:highest * 1.01] # with the labels at its ends
 set xtics ("1/16" 0.0625, "1/8" 0.125, "1/4" 0.25, "1/2" 0.5, "1" 1, "2" 2, "4" 4, "8" 8, "16" 16, "32" 32)
 set yrange [STATS_records - 0.5:-0.5]
 set grid xtics

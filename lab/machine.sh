@@ -76,6 +76,7 @@ install_packages() {
 
 build() {
     cd "$root"
+    export LC_ALL=C.UTF-8 # the linker's map, which is read, speaks every language
     [ -f out/release/build.ninja ] || cmake --preset release
     cmake --build --preset release ${1:+--target "$@"}
 }

@@ -19,7 +19,8 @@ from changes import changes_of, digest, enumerators_of  # noqa: E402
 from tree import PLACE, ROOT, Broken, Tree, fingerprint  # noqa: E402
 
 FOLDERS = ("app", "ui", "install", "checks", "core")
-BUILT = ("app/", "ui/", "install/", "checks/", "core/", "resources/", "lab/", "tests/", "proof/", "bench/", "cmake/", "CMake*")
+BUILT = ("app/", "ui/", "install/", "checks/", "core/", "resources/", "lab/", "tests/", "proof/", "bench/",
+         "cmake/", "CMake*")
 REACHES = ("quick", "usual", "thorough")
 RESULTS = PLACE / "results.tsv"
 EXPLANATIONS = ROOT / "docs/proof.md"

@@ -26,7 +26,8 @@ TESTING = threading.Lock()
 
 # Without the tests that wait for real, those of scripts, sources and a second build, and what has run before.
 REST = ["--exclude-regex",
-        r"Wait|OfAnotherVersion|^Lab\.|^Build\.|^Release\.|^Bench\.|^Sources\.|^Artwork\.|^UnitTests$|^WindowTestsAt96Dpi$"]
+        r"Wait|OfAnotherVersion|^Lab\.|^Build\.|^Release\.|^Bench\.|^Sources\.|^Artwork\.|"
+        r"^UnitTests$|^WindowTestsAt96Dpi$"]
 
 
 

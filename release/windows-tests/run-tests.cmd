@@ -5,9 +5,9 @@ rem
 rem     run-tests.cmd /throw-away [FILTER]
 rem
 rem They change the settings of the current user, remove the registration of Office, register a COM server and a
-rem browser, and use keyboard and mouse. So the machine must be one that can be thrown away, which /throw-away states. A FILTER
-rem runs these tests only: names with * and ?, a colon between two of them. Ends with 0 when all tests have passed, with
-rem 1 when one has failed, and with 2 when nothing was run.
+rem browser, and use keyboard and mouse. So the machine must be one that can be thrown away, which /throw-away states.
+rem A FILTER runs these tests only: names with * and ?, a colon between two of them. Ends with 0 when all tests have
+rem passed, with 1 when one has failed, and with 2 when nothing was run.
 setlocal
 set "kit=%~dp0"
 set "results=%~dp0results"
