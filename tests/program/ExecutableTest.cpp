@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <set>
@@ -192,7 +193,8 @@ TEST_F(Executable, IsA64BitWindowedProgramWithHardening) {
 }
 
 TEST_F(Executable, IsSmallBesideItsPayload) {
-    EXPECT_LT(std::filesystem::file_size(FrontEnd()) - std::filesystem::file_size(ElevatedInstaller()), 900'000U);
+    constexpr std::uintmax_t Limit = __GNUC__ <= 12 ? 900'000 : 930'000; // a later run-time library is larger
+    EXPECT_LT(std::filesystem::file_size(FrontEnd()) - std::filesystem::file_size(ElevatedInstaller()), Limit);
 }
 
 TEST_F(Executable, LoadsNoCryptographyAndWithoutAWindowNoPictures) {
