@@ -43,7 +43,7 @@ def quartiles(values):
 
 
 def spread(values, text):
-    """The median, and the quartiles where they are others."""
+    """The median, and the quartiles where they differ."""
     low, high = map(text, quartiles(values))
     return text(median(values)) + (f" ({low} to {high})" if low != high else "")
 

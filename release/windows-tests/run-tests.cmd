@@ -47,7 +47,7 @@ systeminfo >>"%results%\machine.txt" 2>&1
 set failed=0
 call :test unit-tests
 call :test window-tests -TextFit.NoGlyphIsMissing/zh*
-call :test program-tests -WindowWithoutFonts.*:*LanguageOnA*
+call :test program-tests -WindowWithoutFonts.*:*LanguageOnA*:LibraryPlantingBeside.*
 set ran=0
 for %%p in (unit window program) do (
     "%SystemRoot%\System32\find.exe" "<testcase " "%results%\%%p-tests.xml" >nul 2>nul

@@ -240,10 +240,11 @@ TEST(Log, WritesANulInsideATextAsItIs) {
 
 TEST(Log, TakesTheStandardManipulatorsAndKeepsThem) {
     const LoggedEntries entries;
-    Log(true) << std::hex << std::showbase << 255 << L' ' << std::setw(6) << std::setfill(L'.') << L"x";
+    Log(true) << std::hex << std::showbase << 255 << L' ' << std::setw(6) << std::setfill(L'.') << L"x" << std::setw(3)
+              << std::wstring(L"y");
     Log(true) << 16;
     Log(false) << std::dec << std::noshowbase << std::setfill(L' ');
-    EXPECT_EQ(entries.Get(), (Entries{L"0xff .....x", L"0x10"}));
+    EXPECT_EQ(entries.Get(), (Entries{L"0xff .....x..y", L"0x10"}));
 }
 
 TEST(Log, MayBeReadAndWrittenByOthersWhileItIsOpen) {

@@ -171,6 +171,16 @@ TEST_F(Payload, FileThatCannotBeOpenedIsToldWithItsCode) {
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
 }
 
+TEST_F(Payload, FileThatSomebodyHasOpenIsReplacedWhenHeSharesIt) {
+    fs::create_directory(Folder());
+    std::ofstream(fs::path(File())) << "before";
+    const UniqueHandle other(CreateFileW(File().c_str(), GENERIC_READ | GENERIC_WRITE,
+                                         FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(other);
+    EXPECT_TRUE(WriteBytesToFile(File(), std::string("x")));
+    EXPECT_EQ(ReadBytes(File()), "x");
+}
+
 TEST_F(Payload, FileThatCannotBeWrittenIsOnlyToldApart) {
     fs::create_directory(Folder());
     bool whole = false;

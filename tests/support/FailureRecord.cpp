@@ -1,5 +1,7 @@
 #include "tests/support/FailureRecord.h"
 
+#include "lab/gallery/ScreenPicture.h"
+
 #include <windows.h>
 
 #include <gdiplus.h>
@@ -14,29 +16,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void SaveScreen(const fs::path& file) {
-    const int width = GetSystemMetrics(SM_CXSCREEN);
-    const int height = GetSystemMetrics(SM_CYSCREEN);
-    Gdiplus::Bitmap picture(width, height, PixelFormat24bppRGB);
-    {
-        Gdiplus::Graphics graphics(&picture);
-        const HDC target = graphics.GetHDC();
-        const HDC screen = GetDC(nullptr);
-        BitBlt(target, 0, 0, width, height, screen, 0, 0, SRCCOPY);
-        ReleaseDC(nullptr, screen);
-        graphics.ReleaseHDC(target);
-    }
-    constexpr CLSID PngEncoder{0x557CF406, 0x1A04, 0x11D3, {0x9A, 0x73, 0x00, 0x00, 0xF8, 0x1E, 0xF3, 0x2E}};
-    picture.Save(file.c_str(), &PngEncoder, nullptr);
-}
-
 /// Not every test program has started GDI+.
-void SaveScreenWithGraphics(const fs::path& file) {
+void SaveWholeScreen(const fs::path& file) {
     ULONG_PTR token = 0;
     const Gdiplus::GdiplusStartupInput input;
     if (Gdiplus::GdiplusStartup(&token, &input, nullptr) != Gdiplus::Ok)
         return;
-    SaveScreen(file);
+    SaveScreen({0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)}, file.wstring());
     Gdiplus::GdiplusShutdown(token);
 }
 
@@ -61,7 +47,7 @@ private:
         std::ranges::replace(name, '/', '_');
         if (fs::exists(folder_ / (name + ".png")))
             return;
-        SaveScreenWithGraphics(folder_ / (name + ".png"));
+        SaveWholeScreen(folder_ / (name + ".png"));
         SaveLog(folder_ / (name + ".log"));
     }
 
