@@ -1,0 +1,186 @@
+#include "support/LogParser.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+// What an entry begins with: "A" stands for a capital letter, "a" for a small one, "0" for a digit, and "_" for a digit
+// or a blank.
+constexpr std::wstring_view TimeLayout = L"Aaa Aaa _0 00:00:00 0000 - ";
+static_assert(TimeLayout.size() == TimeLength);
+
+bool IsDigit(wchar_t character) {
+    return character >= L'0' && character <= L'9';
+}
+
+bool FitsIn(wchar_t character, wchar_t place) {
+    switch (place) {
+    case L'A':
+        return character >= L'A' && character <= L'Z';
+    case L'a':
+        return character >= L'a' && character <= L'z';
+    case L'0':
+        return IsDigit(character);
+    case L'_':
+        return IsDigit(character) || character == L' ';
+    default:
+        return character == place;
+    }
+}
+
+/// True for the beginning of a time too.
+bool HasTimeLayout(std::wstring_view text) {
+    const std::size_t length = std::min(text.size(), TimeLength);
+    return std::equal(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(length), TimeLayout.begin(), FitsIn);
+}
+
+int Number(std::wstring_view digits) {
+    int number = 0;
+    for (const wchar_t digit : digits)
+        number = 10 * number + (digit != L' ' ? digit - L'0' : 0);
+    return number;
+}
+
+/// The place of a name of three letters in a list of such; nothing when it is not there.
+std::optional<unsigned> PlaceOf(std::wstring_view name, std::wstring_view list) {
+    for (std::size_t place = 0; 3 * place < list.size(); ++place) {
+        if (list.substr(3 * place, 3) == name)
+            return static_cast<unsigned>(place);
+    }
+    return std::nullopt;
+}
+
+/// How many of the bytes, at their end, are a UTF-8 character that is cut off.
+std::size_t LengthOfCutCharacter(std::string_view bytes) {
+    for (std::size_t length = 1; length <= std::min<std::size_t>(3, bytes.size()); ++length) {
+        const auto byte = static_cast<unsigned char>(bytes[bytes.size() - length]);
+        if (byte >= 0xC0) {
+            const std::size_t whole = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : 2;
+            return length < whole ? length : 0;
+        }
+        if (byte < 0x80)
+            return 0;
+    }
+    return 0;
+}
+
+std::wstring FromUtf8(std::string_view bytes) {
+    const auto size = static_cast<int>(bytes.size());
+    const int length = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, nullptr, 0);
+    std::wstring text(static_cast<std::size_t>(length), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), length);
+    return text;
+}
+
+/// The end matters: it closes what the entry tells. Drops what is in the middle.
+void Shorten(std::wstring& text) {
+    constexpr std::size_t Half = LogParser::MaxEntryLength / 2;
+    if (text.size() > LogParser::MaxEntryLength)
+        text.erase(Half, text.size() - 2 * Half);
+}
+
+} // namespace
+
+std::optional<std::chrono::local_seconds> TimeOfEntry(std::wstring_view text) {
+    using namespace std::chrono;
+    if (text.size() < TimeLength || !HasTimeLayout(text))
+        return std::nullopt;
+    const auto dayOfWeek = PlaceOf(text.substr(0, 3), L"SunMonTueWedThuFriSat");
+    const auto month = PlaceOf(text.substr(4, 3), L"JanFebMarAprMayJunJulAugSepOctNovDec");
+    if (!dayOfWeek || !month)
+        return std::nullopt;
+    const year_month_day date(year(Number(text.substr(20, 4))), std::chrono::month(*month + 1),
+                              day(static_cast<unsigned>(Number(text.substr(8, 2)))));
+    const hours hour(Number(text.substr(11, 2)));
+    const minutes minute(Number(text.substr(14, 2)));
+    const seconds second(Number(text.substr(17, 2)));
+    if (!date.ok() || weekday(local_days(date)) != weekday(*dayOfWeek) || hour >= 24h || minute >= 60min ||
+        second > 60s) // a leap second
+        return std::nullopt;
+    return local_days(date) + hour + minute + second;
+}
+
+void LogParser::Feed(std::span<const char> bytes) {
+    undecoded_.append(bytes.data(), bytes.size());
+    if (encoding_ == Encoding::Unknown && undecoded_.size() >= 3)
+        Detect();
+    if (encoding_ != Encoding::Unknown)
+        Decode();
+}
+
+void LogParser::Finish() {
+    if (encoding_ == Encoding::Unknown && !undecoded_.empty()) {
+        Detect();
+        Decode();
+    }
+    if (line_.size() < TimeLength && HasTimeLayout(line_))
+        line_.clear();
+    const bool whole = line_.empty();
+    if (!whole)
+        EndLine();
+    Deliver(whole);
+}
+
+void LogParser::Detect() {
+    if (undecoded_.starts_with("\xEF\xBB\xBF")) {
+        encoding_ = Encoding::Utf8;
+        undecoded_.erase(0, 3);
+    } else {
+        const bool wide = undecoded_.starts_with("\xFF\xFE") || (undecoded_.size() >= 2 && undecoded_[1] == '\0');
+        encoding_ = wide ? Encoding::Utf16 : Encoding::Utf8;
+    }
+}
+
+void LogParser::Decode() {
+    std::wstring text;
+    if (encoding_ == Encoding::Utf16) {
+        text.resize(undecoded_.size() / sizeof(wchar_t));
+        std::memcpy(text.data(), undecoded_.data(), text.size() * sizeof(wchar_t));
+        undecoded_.erase(0, text.size() * sizeof(wchar_t));
+    } else {
+        const std::size_t whole = undecoded_.size() - LengthOfCutCharacter(undecoded_);
+        text = FromUtf8(std::string_view(undecoded_).substr(0, whole));
+        undecoded_.erase(0, whole);
+    }
+    AddText(text);
+}
+
+void LogParser::AddText(std::wstring_view text) {
+    for (;;) {
+        const std::size_t end = text.find(L'\n');
+        line_ += text.substr(0, end);
+        Shorten(line_);
+        if (end == std::wstring_view::npos)
+            return;
+        EndLine();
+        text.remove_prefix(end + 1);
+    }
+}
+
+void LogParser::EndLine() {
+    if (line_.ends_with(L'\r'))
+        line_.pop_back();
+    if (line_.starts_with(L'\xFEFF'))
+        line_.erase(0, 1); // also of a log that was appended to another one
+    if (const auto time = TimeOfEntry(line_)) {
+        Deliver(true);
+        entry_ = LogEntry{.time = *time, .text = line_.substr(TimeLength)};
+    } else if (entry_) {
+        entry_->text.append(L"\n").append(line_);
+        Shorten(entry_->text);
+    } else if (!line_.empty()) {
+        hasTextOutside_ = true;
+    }
+    line_.clear();
+}
+
+void LogParser::Deliver(bool whole) {
+    if (!entry_)
+        return;
+    entry_->whole = whole;
+    take_(*entry_);
+    entry_.reset();
+}

@@ -1,0 +1,292 @@
+#include "support/Rules.h"
+
+#include "core/LanguageTable.h"
+#include "core/LocalizedStrings.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace {
+
+using enum Says;
+
+// With one of these a block of the report may be over.
+constexpr EntrySet EndsOfABlock{BlockEnd, FileExists, FileMissing, BitnessEnd};
+constexpr EntrySet RepairOrNot{Deleting, KeyNotFound, ValueNotFound, NotDeleted};
+constexpr EntrySet APass = EntrySet::Range(PassBegins, PoliciesEnd);
+constexpr EntrySet Anything = EntrySet::Range(Running, Ended);
+
+constexpr std::array AllRules = std::to_array<LogRule>({
+    {Running, L"Running 64-bit Installer on 64-bit Windows", Anything, Step::Report, Step::Report},
+    {Version, L"Version …", EntrySet{Running}, Step::Report, Step::Report},
+    {CommandLine, L"Command line: …", EntrySet{Version}, Step::Report, Step::Report},
+    {HeadGap, L"", EntrySet{CommandLine}, Step::Report, Step::Report},
+    {RegistryKeys, L"Registry keys on the client:", EntrySet{HeadGap}, Step::Report, Step::Report},
+    {HeadEnd, L"", EntrySet{RegistryKeys}, Step::Report, Step::Report},
+
+    {Title, L"ProgId for OneNote.Application", EntrySet{HeadEnd}, Step::Report, Step::Report},
+    {Title, L"CLSID for OneNote.Application.14", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"CLSID for OneNote.Application.15", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"IID for OneNote.IApplication", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"Type library for OneNote.IApplication version 1.0", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"Type library for OneNote.IApplication version 1.1", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"CLSID for ProxyStub for General OLE Automation", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"IID for _IDTExtensibility2", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"Type library for _IDTExtensibility2 version 1.0", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"IID for IRibbonExtensibility", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"IID for IRibbonControl", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"IID for IRibbonUI", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"Type library for IRibbonExtensibility version 2.5", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"Type library for IRibbonExtensibility version 2.6", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"Type library for IRibbonExtensibility version 2.7", EndsOfABlock, Step::Report, Step::Report},
+    {Title, L"Type library for IRibbonExtensibility version 2.8", EndsOfABlock, Step::Report, Step::Report},
+    {Value, L"    HKCR\\… - … (String)", EntrySet{Title, Value}, Step::Report, Step::Report},
+    {Value, L"    HKCR\\… - … (String expand)", EntrySet{Title, Value}, Step::Report, Step::Report},
+    {Value, L"    HKCR\\… - … (DWORD)", EntrySet{Title, Value}, Step::Report, Step::Report},
+    {Value, L"    HKCR\\… - <no-value>", EntrySet{Title, Value}, Step::Report, Step::Report},
+    {Value, L"    HKCR\\… - Not found", EntrySet{Title, Value}, Step::Report, Step::Report},
+    {BlockEnd, L"", EntrySet{Value}, Step::Report, Step::Report},
+    {FileExists, L"File exists: …", EntrySet{BlockEnd, FileExists, FileMissing}, Step::Report, Step::Report},
+    {FileMissing, L"Error: File DOES NOT exist: …", EntrySet{BlockEnd, FileExists, FileMissing}, Step::Report,
+     Step::Report},
+    {BitnessGap, L"", EntrySet{BlockEnd, FileExists, FileMissing}, Step::Report, Step::Report},
+    {BitnessCheck, L"Checking bitness for this type library", EntrySet{BitnessGap}, Step::Report, Step::Report},
+    {Win32Native, L"Win32 Native: x86 …", EntrySet{BitnessCheck}, Step::Report, Step::Report},
+    {Win32Native, L"Win32 Native: x64 …", EntrySet{BitnessCheck}, Step::Report, Step::Report},
+    {Win32Wow64, L"Win32 Wow64: x86 …", EntrySet{Win32Native}, Step::Report, Step::Report},
+    {Win32Wow64, L"Win32 Wow64: x64 …", EntrySet{Win32Native}, Step::Report, Step::Report},
+    {Win64Native, L"Win64 Native: …", EntrySet{Win32Wow64}, Step::Report, Step::Report},
+    {Win64Wow64, L"Win64 Wow64: …", EntrySet{Win64Native}, Step::Report, Step::Report},
+    {Is32Bit, L"Result: x86 detected", EntrySet{Win64Wow64}, Step::Report, Step::Report},
+    {Is64Bit, L"Result: x64 detected", EntrySet{Win64Wow64}, Step::Report, Step::Report},
+    {BitnessEnd, L"", EntrySet{Is32Bit, Is64Bit}, Step::Report, Step::Report},
+
+    {WorkerBegins, L"Begin processing", EndsOfABlock, Step::Search, Step::Search},
+    {PassBegins, L"Begin processing", EntrySet{WorkerBegins, WaitingForSignal}, Step::Search, Step::Search},
+    {Searching, L"Checking if OneNote is running", EntrySet{PassBegins}, Step::Search, Step::Search},
+    {NoProcessList, L"ERROR: Failed to get list of processes: …", EntrySet{Searching}, Step::Search, Step::Search},
+    {Found, L"Found process '…'", EntrySet{Searching}, Step::Search, Step::Search},
+    {StillRunning, L"OneNote is still running. Waiting...", EntrySet{Found}, Step::Search, Step::Search},
+    {Closing, L"OneNote is still running after … seconds. Attempting to close windows", EntrySet{StillRunning},
+     Step::Search, Step::Search},
+    {NotClosed, L"ERROR: Cannot close OneNote Windows: …", EntrySet{Closing}, Step::Search, Step::Search},
+    {Terminating, L"OneNote is still running after … seconds. Attempting to terminate process",
+     EntrySet{Closing, NotClosed}, Step::Search, Step::Search},
+    {StillThere, L"OneNote is still running after … seconds.", EntrySet{Terminating}, Step::Search, Step::Search},
+    {NotRunning, L"State: Installing - OneNote is not running, continuing with install",
+     EntrySet{Searching, StillRunning, Closing, NotClosed, Terminating}, Step::Payload, Step::Payload},
+
+    {Folder, L"Folder path is: …", EntrySet{NotRunning}, Step::Payload, Step::Payload},
+    {FolderExists, L"Folder already exists", EntrySet{Folder}, Step::Payload, Step::Payload},
+    {FolderMissing, L"Folder does not exist, creating...", EntrySet{Folder}, Step::Payload, Step::Payload},
+    {FolderMade, L"Done.", EntrySet{FolderMissing}, Step::Payload, Step::Payload},
+    {Extracting, L"Extracting installer to …", EntrySet{FolderExists, FolderMade}, Step::Payload, Step::Payload},
+    {Resource, L"    Installing file at resource id: 200 to path: …", EntrySet{Extracting}, Step::Payload,
+     Step::Payload},
+    {Loading, L"    Loading from resource", EntrySet{Resource}, Step::Payload, Step::Payload},
+    {Size, L"    Size of the file is: …", EntrySet{Loading}, Step::Payload, Step::Payload},
+    {Writing, L"    Writing to the given path", EntrySet{Size}, Step::Payload, Step::Elevation},
+    {Written, L"    Done.", EntrySet{Writing}, Step::Elevation, Step::ElevatedInstaller},
+    {Waiting, L"Waiting for installer to finish", EntrySet{Written}, Step::ElevatedInstaller, Step::Repairs},
+    {NoExitCode, L"ERROR: Failed to get the process exit code: …", EntrySet{Waiting}, Step::ElevatedInstaller,
+     Step::ElevatedInstaller},
+    {BadExitCode, L"ERROR: Installer reported failure: …", EntrySet{Waiting}, Step::ElevatedInstaller,
+     Step::ElevatedInstaller},
+
+    {Deleting, L"Deleting registry key: HKCU\\…", EntrySet{Waiting, Deleting, KeyNotFound, ValueNotFound, NotDeleted},
+     Step::Repairs, Step::Repairs},
+    {KeyNotFound, L"Key not found", EntrySet{Deleting}, Step::Repairs, Step::Repairs},
+    {ValueNotFound, L"Value not found", EntrySet{Deleting}, Step::Repairs, Step::Repairs},
+    {NotDeleted, L"ERROR:", EntrySet{Deleting}, Step::Repairs, Step::Repairs},
+    {Settings, L"Internet Security Settings", RepairOrNot, Step::Protocols, Step::Protocols},
+    {Setting, L"    HKCU\\… - … (String)", EntrySet{Settings}, Step::Protocols, Step::Protocols},
+    {Setting, L"    HKCU\\… - … (String expand)", EntrySet{Settings}, Step::Protocols, Step::Protocols},
+    {Setting, L"    HKCU\\… - … (DWORD)", EntrySet{Settings}, Step::Protocols, Step::Protocols},
+    {Setting, L"    HKCU\\… - <no-value>", EntrySet{Settings}, Step::Protocols, Step::Protocols},
+    {Setting, L"    HKCU\\… - Not found", EntrySet{Settings}, Step::Protocols, Step::Protocols},
+    {SettingsEnd, L"", EntrySet{Setting}, Step::Protocols, Step::Protocols},
+    {Created, L"Creating registry key: HKCU\\… = … (DWORD)", EntrySet{SettingsEnd}, Step::Protocols, Step::Protocols},
+    {Creating, L"Creating registry key: HKCU\\…", EntrySet{SettingsEnd}, Step::Protocols, Step::Protocols},
+    {Updated, L"Updated to …", EntrySet{SettingsEnd, Created}, Step::Protocols, Step::Protocols},
+    {Policies, L"Internet Security Settings", EntrySet{SettingsEnd, Updated}, Step::Protocols, Step::Protocols},
+    {Policy, L"    HKCU\\… - … (String)", EntrySet{Policies}, Step::Protocols, Step::Protocols},
+    {Policy, L"    HKCU\\… - … (String expand)", EntrySet{Policies}, Step::Protocols, Step::Protocols},
+    {Policy, L"    HKCU\\… - … (DWORD)", EntrySet{Policies}, Step::Protocols, Step::Protocols},
+    {Policy, L"    HKCU\\… - <no-value>", EntrySet{Policies}, Step::Protocols, Step::Protocols},
+    {Policy, L"    HKCU\\… - Not found", EntrySet{Policies}, Step::Protocols, Step::Protocols},
+    {PoliciesEnd, L"", EntrySet{Policy}, Step::Protocols, Step::Protocols},
+    {Complete, L"State: Complete", EntrySet{PoliciesEnd}, Step::User, Step::User},
+
+    {Failed, L"ERROR: Installation failed:…", APass, Step::User, Step::User},
+    {WaitingForSignal, L"Waiting for a signal", EntrySet{Complete, Failed, StartingOneNote, StartedOneNote, NotStarted},
+     Step::User, Step::User},
+    {StartingOneNote, L"Starting OneNote", EntrySet{Complete, WaitingForSignal}, Step::OneNoteStart,
+     Step::OneNoteStart},
+    {StartedOneNote, L"Started OneNote", EntrySet{StartingOneNote, WaitingForSignal}, Step::User, Step::User},
+    {NotStarted, L"ERROR: Failed to start OneNote: …", EntrySet{StartingOneNote, WaitingForSignal}, Step::User,
+     Step::User},
+    {Ended, L"Exit signalled, returning from background process",
+     EntrySet{WaitingForSignal, StartedOneNote, NotStarted}, Step::User, Step::User},
+});
+
+constexpr std::array AllSteps = std::to_array<StepText>({
+    {Step::Report, L"report", L"looking at the machine."},
+    {Step::Question, L"question",
+     L"asking the user, or the user chose the 32-bit installer, or Windows could not show the question. Otherwise as "
+     L"in the next row."},
+    {Step::Window, L"window", L"making its window or its worker, which failed."},
+    {Step::Search, L"search", L"waiting for OneNote or Datebookery."},
+    {Step::Payload, L"payload", L"writing the elevated installer."},
+    {Step::Elevation, L"elevation",
+     L"starting the elevated installer: Windows asked for administrator rights, or showed a message."},
+    {Step::ElevatedInstaller, L"elevated-installer", L"waiting for the elevated installer, whose own log tells more."},
+    {Step::Repairs, L"repairs", L"deleting settings that keep OneNote from loading the add-in."},
+    {Step::Protocols, L"protocols", L"looking at the security settings."},
+    {Step::User, L"user", L"waiting for the user."},
+    {Step::OneNoteStart, L"onenote-start", L"starting OneNote."},
+});
+
+constexpr std::array AllCauses = std::to_array<Cause>({
+    {EntrySet{NoProcessList},
+     L"The search: Windows did not give the list of processes. The number is a Windows error."},
+    {EntrySet{StillThere}, L"OneNote or Datebookery could not be terminated."},
+    {EntrySet{FolderMissing}, L"The folder: it is protected, or a file has its name."},
+    {EntrySet{Loading, Size}, L"This program was damaged, by its download, say."},
+    {EntrySet{Writing},
+     L"Opening the file for writing: it is protected, or a virus scanner or another copy of the installer holds it."},
+    {EntrySet{Written}, L"Windows did not start the elevated installer."},
+    {EntrySet{NoExitCode}, L"Nobody knows what became of the elevated installer. The number is a Windows error."},
+    {EntrySet{BadExitCode}, L"The elevated installer. The number is its exit code."},
+    {EntrySet{SettingsEnd, Creating, Created},
+     L"The security settings could not be written. The add-in is installed all the same."},
+});
+
+constexpr std::array AllInstallationErrors = std::to_array<ErrorCode>({
+    {0x80070002, 0x80070003, L"A file or folder is gone that was just there.",
+     L"Try again. A virus scanner may have taken it away."},
+    {0x80070005, 0x80070005, L"Access denied: a file or a setting is protected.",
+     L"Look where it failed, and let the user write there."},
+    {0x80070020, 0x80070020,
+     L"OneNote or Datebookery still ran after it was to be terminated, or another program holds the extracted "
+     L"installer or has changed it.",
+     L"Restart Windows, and install before OneNote is started."},
+    {0x800700c1, 0x800700c1,
+     L"The extracted installer is no whole program: the disk is full, or the download was damaged.",
+     L"Make room on the disk, or download the installer again."},
+    {0x800704c7, 0x800704c7, L"The user refused the administrator rights.",
+     L"Try again with somebody who may give them."},
+    {0x8000ffff, 0x8000ffff, L"Windows did not give the list of processes.", L"Restart Windows, and try again."},
+    {0xffffff9c, 0xffffff9c,
+     L"The embedded installer can't be read: the download was damaged. The elevated installer may say it too.",
+     L"Download the installer again."},
+    {0xffffff9d, 0xffffff9d,
+     L"A temporary file can't be created, says the elevated installer; or the folder for it can't.",
+     L"Make room on the disk, and see whether the temporary folder can be written."},
+    {0x0, 0xffff, L"Mostly the exit code of the elevated installer, which has meanings of its own.",
+     L"Read the elevated installer's own log."},
+});
+
+constexpr std::array AllOneNoteErrors = std::to_array<ErrorCode>({
+    {0x80040154, 0x80040154, L"OneNote is not registered: it is missing, or only the app of Windows 10.",
+     L"Install the OneNote of Microsoft Office."},
+    {0x80040155, 0x80040155, L"OneNote is registered in part.", L"Repair Office."},
+    {0x80029c4a, 0x80029c4a, L"OneNote is registered in part.", L"Repair Office."},
+    {0x8002801d, 0x8002801d, L"OneNote is registered in part.", L"Repair Office."},
+    {0x80004002, 0x80004002, L"OneNote is registered in part.", L"Repair Office."},
+    {0x80080005, 0x80080005, L"OneNote runs with other rights than the installer.",
+     L"Close OneNote by hand before installing."},
+    {0x800706ba, 0x800706ba, L"OneNote ended during the call.", L"Nothing needs to be done."},
+    {0x800706be, 0x800706be, L"OneNote ended during the call.", L"Nothing needs to be done."},
+    {0x80010001, 0x80010001, L"OneNote is busy and turned the call away.", L"Close OneNote by hand before installing."},
+    {0x8001010a, 0x8001010a, L"OneNote is busy and turned the call away.", L"Close OneNote by hand before installing."},
+    {0x80042030, 0x80042030, L"OneNote shows a dialog that waits for an answer.", L"Answer it, and close OneNote."},
+});
+
+constexpr std::wstring_view FailurePrefix = L"ERROR: ";
+
+constexpr wchar_t AnyText = L'…';
+
+std::wstring_view WithoutBlanksAtEnd(std::wstring_view text) {
+    return text.substr(0, text.find_last_not_of(L' ') + 1);
+}
+
+/// The text with which an entry begins that says in this language that the installation failed.
+std::wstring FailureText(const LanguageRow& language) {
+    return std::wstring(FailurePrefix).append(WithoutBlanksAtEnd(language.texts[StrInstallFailed]));
+}
+
+/// The pieces between the gaps stand in the entry in their order, the first one at its beginning, the last one at its
+/// end.
+bool FitsGaps(std::wstring_view entry, std::wstring_view quote) {
+    std::size_t gap = quote.find(AnyText);
+    if (!entry.starts_with(quote.substr(0, gap)))
+        return false;
+    entry.remove_prefix(gap);
+    for (;;) {
+        quote.remove_prefix(gap + 1);
+        gap = quote.find(AnyText);
+        if (gap == std::wstring_view::npos)
+            return entry.ends_with(quote);
+        const std::size_t piece = entry.find(quote.substr(0, gap));
+        if (piece == std::wstring_view::npos)
+            return false;
+        entry.remove_prefix(piece + gap);
+    }
+}
+
+} // namespace
+
+bool LogRule::Matches(std::wstring_view entry) const {
+    if (says == Failed)
+        return !FailureLanguage(entry).empty();
+    if (!text.empty() && (entry.empty() || entry.front() != text.front()))
+        return false; // most of them, at once
+    return text.find(AnyText) == std::wstring_view::npos ? WithoutBlanksAtEnd(entry) == text : FitsGaps(entry, text);
+}
+
+bool LogRule::MayBegin(std::wstring_view entry) const {
+    if (says == Failed) {
+        return std::ranges::any_of(
+            LanguageTable, [entry](const LanguageRow& language) { return FailureText(language).starts_with(entry); });
+    }
+    const std::wstring_view beginning = text.substr(0, text.find(AnyText));
+    return beginning.starts_with(entry) || (beginning.size() < text.size() && entry.starts_with(beginning));
+}
+
+std::span<const StepText> StepTexts() {
+    return AllSteps;
+}
+
+std::span<const LogRule> LogRules() {
+    return AllRules;
+}
+
+std::wstring_view FailureLanguage(std::wstring_view entry) {
+    if (!entry.starts_with(FailurePrefix))
+        return {};
+    const std::wstring_view firstLine = WithoutBlanksAtEnd(entry.substr(0, entry.find(L'\n')));
+    for (const LanguageRow& language : LanguageTable) {
+        if (firstLine == FailureText(language))
+            return language.code;
+    }
+    return {};
+}
+
+std::span<const Cause> Causes() {
+    return AllCauses;
+}
+
+std::span<const ErrorCode> InstallationErrors() {
+    return AllInstallationErrors;
+}
+
+std::span<const ErrorCode> OneNoteErrors() {
+    return AllOneNoteErrors;
+}
+
+const ErrorCode* FindError(std::span<const ErrorCode> errors, std::uint32_t code) {
+    const auto found = std::ranges::find_if(
+        errors, [code](const ErrorCode& error) { return error.first <= code && code <= error.last; });
+    return found != errors.end() ? &*found : nullptr;
+}
