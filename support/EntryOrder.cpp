@@ -17,10 +17,6 @@ constexpr EntrySet Values{Value, Setting, Policy};
 /// What both threads write, in full, while the other one may be writing.
 constexpr EntrySet OfBothThreads{Complete, WaitingForSignal, StartingOneNote, StartedOneNote, Ended};
 
-bool IsLast(const LogRule& title) {
-    return (&title)[1].says != Title;
-}
-
 /// A string is at its end with its kind.
 bool EndsAString(std::wstring_view text) {
     return text.ends_with(L" (String)") || text.ends_with(L" (String expand)");
@@ -38,9 +34,12 @@ bool LeavesOpen(const LogRule& rule, const LogEntry& entry) {
 
 } // namespace
 
+bool EntryOrder::IsInTheLastBlock() const {
+    return title_ != nullptr && (title_ + 1)->says != Title;
+}
+
 bool EntryOrder::IsBehindTheReport() const {
-    return title_ != nullptr && IsLast(*title_) &&
-           EntrySet{BlockEnd, FileExists, FileMissing, BitnessEnd}.Contains(place_->says);
+    return IsInTheLastBlock() && EntrySet{BlockEnd, FileExists, FileMissing, BitnessEnd}.Contains(place_->says);
 }
 
 bool EntryOrder::IsBehindAPass() const {
@@ -117,6 +116,8 @@ void EntryOrder::Refuse(const LogEntry& entry) {
     if (isOpen_) {
         ++disbelieved_;
         isOpen_ = !Ends(entry.text);
+    } else if (!entry.whole && entry.text.find_first_not_of(L' ') == std::wstring::npos) {
+        return; // the log is cut off here
     } else if (std::ranges::any_of(rules, [&](const LogRule& rule) { return rule.Matches(entry.text); })) {
         ++disbelieved_;
     } else if (entry.whole ||
@@ -127,7 +128,7 @@ void EntryOrder::Refuse(const LogEntry& entry) {
     }
 }
 
-std::vector<std::wstring> TakeApart(std::wstring_view text) {
+std::optional<std::vector<std::wstring>> TakeApart(std::wstring_view text) {
     std::vector<std::wstring> texts;
     while (!text.empty()) {
         if (TimeOfEntry(text)) {
@@ -148,7 +149,7 @@ std::vector<std::wstring> TakeApart(std::wstring_view text) {
             return OfBothThreads.Contains(candidate.says) && text.starts_with(candidate.text);
         });
         if (rule == rules.end())
-            return {};
+            return std::nullopt;
         texts.emplace_back(rule->text);
         text.remove_prefix(rule->text.size());
     }

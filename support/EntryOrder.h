@@ -30,8 +30,8 @@ public:
     /// The title of the block of the report that is read, or was last; null before the first one.
     const LogRule* Block() const { return title_; }
 
-    /// The report is whole, and what stands behind it may follow.
-    bool IsBehindTheReport() const;
+    /// It is the report's last block, or came behind it.
+    bool IsInTheLastBlock() const;
 
     /// Two threads may be writing.
     bool IsBehindAPass() const;
@@ -46,6 +46,7 @@ public:
 
 private:
     const LogRule* FindHere(std::wstring_view text) const;
+    bool IsBehindTheReport() const;
     const LogRule* FindInAnEarlierReport(std::wstring_view text) const;
     bool MayStandHere(const LogRule& rule) const;
     void Believe(const LogRule& rule, const LogEntry& entry);
@@ -64,8 +65,8 @@ private:
 };
 
 /// Where two threads have written at the same time, what one wrote may stand in an entry of the other: the texts of the
-/// entries that are mixed up in this one. None when there is anything else in it.
-std::vector<std::wstring> TakeApart(std::wstring_view text);
+/// entries that are mixed up in this one. Nothing when there is anything else in it.
+std::optional<std::vector<std::wstring>> TakeApart(std::wstring_view text);
 
 /// The HRESULT in parentheses with which the description of an error ends.
 std::optional<std::uint32_t> CodeAtEnd(std::wstring_view text);

@@ -37,13 +37,13 @@ struct Registration {
     bool fileIsMissing = false;
 };
 
-inline constexpr std::size_t StepCount = static_cast<std::size_t>(Step::OneNoteStart) + 1;
+inline constexpr std::size_t StepCount = static_cast<std::size_t>(RunStep::OneNoteStart) + 1;
 
 /// What a log tells. Of several runs in one file it is the last one.
 struct Findings {
     Verdict verdict = Verdict::Foreign;
     /// Where the run failed or ended. Of no meaning for the other verdicts.
-    Step step = Step::Report;
+    RunStep step = RunStep::Report;
     /// The HRESULT of a failure; nothing when it is cut off.
     std::optional<std::uint32_t> code;
     /// What the window said of it, in its language.
@@ -71,6 +71,10 @@ struct Findings {
     std::vector<std::wstring> repaired;
     /// How long each step took in all.
     std::array<std::chrono::seconds, StepCount> took{};
+    /// Entries that no rule knows.
+    std::size_t unknown = 0;
+    /// Entries that are not where the installer writes them.
+    std::size_t disbelieved = 0;
     /// What else a person should know, in sentences.
     std::vector<std::wstring> notes;
 };

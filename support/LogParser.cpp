@@ -164,16 +164,17 @@ void LogParser::EndLine() {
     if (line_.ends_with(L'\r'))
         line_.pop_back();
     if (line_.starts_with(L'\xFEFF'))
-        line_.erase(0, 1); // also of a log that was appended to another one
+        line_.erase(0, 1);
+    if (line_.ends_with(L'\xFEFF'))
+        line_.pop_back(); // another log was appended
     if (const auto time = TimeOfEntry(line_)) {
         Deliver(true);
         entry_ = LogEntry{.time = *time, .text = line_.substr(TimeLength)};
     } else if (entry_) {
         entry_->text.append(L"\n").append(line_);
         Shorten(entry_->text);
-    } else if (!line_.empty()) {
-        hasTextOutside_ = true;
     }
+    isEmpty_ = isEmpty_ && !entry_ && line_.empty();
     line_.clear();
 }
 

@@ -36,7 +36,7 @@ public:
     void Finish();
 
     /// Nothing but line breaks, or the beginning of a time, has come so far.
-    bool IsEmpty() const { return !entry_ && !hasTextOutside_; }
+    bool IsEmpty() const { return isEmpty_; }
 
     /// What has come ends in the middle of a character.
     bool EndsInsideACharacter() const { return !undecoded_.empty(); }
@@ -55,7 +55,7 @@ private:
     std::string undecoded_;
     std::wstring line_;
     std::optional<LogEntry> entry_;
-    bool hasTextOutside_ = false;
+    bool isEmpty_ = true;
 };
 
 /// The time with which the text begins, if it begins as an entry does. A date that does not exist is none, and neither

@@ -5,7 +5,9 @@
 #include <shellapi.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -14,7 +16,10 @@ using enum Says;
 using namespace std::chrono_literals;
 
 // What the report says of OneNote, and of the ribbon.
-constexpr std::wstring_view OneNoteProgram = LR"(HKCR\CLSID\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}\LocalServer32\@)";
+constexpr std::array<std::wstring_view, 2> OneNotePrograms{
+    LR"(HKCR\CLSID\{D7FAC39E-7FF1-49AA-98CF-A1DDD316337E}\LocalServer32\@)",
+    LR"(HKCR\CLSID\{DC67E480-C3CB-49F8-8232-60B0C2056C8E}\LocalServer32\@)",
+};
 constexpr std::wstring_view OneNoteLibraryVersion =
     LR"(HKCR\Interface\{452AC71A-B655-4967-A208-A4CC39DD7949}\TypeLib\Version)";
 constexpr std::wstring_view OfficeLibraryVersion =
@@ -78,21 +83,29 @@ bool IsVersion(std::wstring_view text) {
 } // namespace
 
 void LogReading::Take(const LogEntry& entry) {
-    const auto isKnown = [&entry](const LogRule& rule) { return rule.Matches(entry.text); };
-    if (order_.IsBehindAPass() || (last_ != nullptr && last_->says == PoliciesEnd)) {
-        const std::vector<std::wstring> texts =
-            std::ranges::none_of(LogRules(), isKnown) ? TakeApart(entry.text) : std::vector<std::wstring>();
-        wereInterleaved_ = wereInterleaved_ || !texts.empty();
-        for (const std::wstring& text : texts)
-            TakeOne({.time = entry.time, .text = text, .whole = true});
-        if (!texts.empty())
-            return;
+    const auto texts = IsMixedUp(entry) ? TakeApart(entry.text) : std::nullopt;
+    if (!texts) {
+        TakeOne(entry);
+        return;
     }
-    TakeOne(entry);
+    wereInterleaved_ = true;
+    for (const std::wstring& text : *texts)
+        TakeOne({.time = entry.time, .text = text, .whole = true});
+}
+
+/// Two threads write behind a pass, and what comes is more or less than one entry.
+bool LogReading::IsMixedUp(const LogEntry& entry) const {
+    const bool isKnown = !entry.text.empty() && std::ranges::any_of(LogRules(), [&entry](const LogRule& rule) {
+        return rule.Matches(entry.text);
+    });
+    if (last_ != nullptr && last_->says == PoliciesEnd)
+        return !isKnown && !entry.text.empty();
+    return order_.IsBehindAPass() && entry.whole && !isKnown;
 }
 
 void LogReading::TakeOne(const LogEntry& entry) {
     const LogRule* const rule = order_.Take(entry);
+    isAtItsBeginning_ = last_ == nullptr && !entry.whole && LogRules().front().MayBegin(entry.text);
     if (rule == nullptr)
         return;
     if (rule->says == Running || last_ == nullptr)
@@ -100,6 +113,7 @@ void LogReading::TakeOne(const LogEntry& entry) {
     if (order_.WentBack())
         ForgetPasses();
     PassTime(*rule, entry.time);
+    lastValueOfBlock_ = false;
     TakeRepair(rule->says);
     Act(*rule, entry.text);
     last_ = rule;
@@ -141,7 +155,7 @@ void LogReading::ForgetPasses() {
 
 void LogReading::PassTime(const LogRule& rule, std::chrono::local_seconds time) {
     const std::chrono::seconds passed = time - findings_.ended;
-    const Step step = rule.says == WorkerBegins ? StepBehindTheReport() : last_ != nullptr ? last_->step : rule.step;
+    const RunStep step = rule.says == WorkerBegins ? StepBehindTheReport() : last_ != nullptr ? last_->step : rule.step;
     if (passed < 0s)
         clockWentBack_ = true;
     else
@@ -149,10 +163,17 @@ void LogReading::PassTime(const LogRule& rule, std::chrono::local_seconds time) 
     findings_.ended = time;
 }
 
-Step LogReading::StepBehindTheReport() const {
+/// The empty entry at its end may not be on disk.
+bool LogReading::EndsWithTheReport() const {
+    return order_.IsInTheLastBlock() &&
+           (lastValueOfBlock_ ||
+            EntrySet{BlockEnd, FileExists, FileMissing, Is32Bit, Is64Bit, BitnessEnd}.Contains(last_->says));
+}
+
+RunStep LogReading::StepBehindTheReport() const {
     if (!findings_.attended.value_or(true))
-        return Step::Search;
-    return findings_.asked ? Step::Question : Step::Window;
+        return RunStep::Search;
+    return findings_.asked ? RunStep::Question : RunStep::Window;
 }
 
 /// A setting was there when nothing is said behind its deletion.
@@ -248,7 +269,10 @@ void LogReading::TakeValue(std::wstring_view text) {
     const std::wstring_view path = text.substr(0, end);
     const std::wstring value(ReportedString(text.substr(end + Separator.size())));
     const bool isNative = path.find(L"Wow6432Node") == std::wstring_view::npos;
-    if (IsOfEitherView(path, OneNoteProgram) && !value.empty() && (isNative || findings_.oneNote.path.empty()))
+    lastValueOfBlock_ = !isNative && path.ends_with(L"\\FLAGS\\@");
+    const bool isOneNote = std::ranges::any_of(
+        OneNotePrograms, [path](std::wstring_view program) { return IsOfEitherView(path, program); });
+    if (isOneNote && findings_.oneNote.path.empty())
         findings_.oneNote.path = value;
     else if (IsOfEitherView(path, OneNoteLibraryVersion) && oneNoteVersion_.empty())
         oneNoteVersion_ = value;
@@ -304,12 +328,12 @@ void LogReading::NoteOneNoteError(const wchar_t* what, std::wstring_view text) {
 
 Verdict LogReading::FindVerdict(bool isEmpty) const {
     if (last_ == nullptr)
-        return isEmpty ? Verdict::Unfinished : Verdict::Foreign;
+        return isEmpty || isAtItsBeginning_ ? Verdict::Unfinished : Verdict::Foreign;
     if (isComplete_)
         return Verdict::Installed;
     if (hasFailed_)
         return Verdict::Failed;
-    return findings_.step == Step::Question ? Verdict::Asked : Verdict::Unfinished;
+    return findings_.step == RunStep::Question ? Verdict::Asked : Verdict::Unfinished;
 }
 
 void LogReading::NoteTheMachine() {
@@ -347,16 +371,18 @@ void LogReading::NoteTheFile() {
 
 Findings LogReading::Finish(bool isEmpty) {
     if (last_ != nullptr) {
-        if (order_.IsBehindTheReport())
+        if (EndsWithTheReport())
             findings_.step = StepBehindTheReport();
         else if (!hasFailed_)
             findings_.step = lastIsWhole_ ? last_->next : last_->step;
-        if (order_.IsBehindTheReport() || findings_.passes != 0)
+        if (EndsWithTheReport() || findings_.passes != 0)
             FindWhatIsNotRegistered();
         findings_.asked = findings_.asked && findings_.attended.value_or(true);
         NoteTheMachine();
         NoteTheFile();
     }
+    findings_.unknown = order_.Unknown();
+    findings_.disbelieved = order_.Disbelieved();
     findings_.verdict = FindVerdict(isEmpty);
     return findings_;
 }

@@ -19,6 +19,7 @@ public:
     Findings Finish(bool isEmpty);
 
 private:
+    bool IsMixedUp(const LogEntry& entry) const;
     void TakeOne(const LogEntry& entry);
     void BeginRun(const LogRule& rule, const LogEntry& entry);
     void BeginPass();
@@ -32,7 +33,8 @@ private:
     void Note(std::wstring text);
     void NoteOneNoteError(const wchar_t* what, std::wstring_view text);
     Registration* Reported();
-    Step StepBehindTheReport() const;
+    bool EndsWithTheReport() const;
+    RunStep StepBehindTheReport() const;
     void FindWhatIsNotRegistered();
     Verdict FindVerdict(bool isEmpty) const;
     void NoteTheMachine();
@@ -43,6 +45,10 @@ private:
     /// The last entry that was believed, and its time.
     const LogRule* last_ = nullptr;
     bool lastIsWhole_ = false;
+    /// It is the last line of a type library's block.
+    bool lastValueOfBlock_ = false;
+    /// The first entry is cut off.
+    bool isAtItsBeginning_ = false;
     int runs_ = 0;
     bool beginningIsMissing_ = false;
     bool wereInterleaved_ = false;

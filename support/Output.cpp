@@ -154,12 +154,17 @@ std::wstring ModeText(const Findings& findings) {
     return L"with a window" + (findings.language.empty() ? std::wstring() : L", language: " + findings.language);
 }
 
-std::wstring BegunText(const Findings& findings) {
+std::wstring TimeForAPerson(const Findings& findings) {
     std::wstring text = TimeText(findings);
-    if (text.empty())
+    std::ranges::replace(text, L'T', L' ');
+    return text;
+}
+
+std::wstring BegunText(const Findings& findings) {
+    if (!findings.begun)
         return {};
-    text.replace(text.find(L'T'), 1, L" ");
-    return text + L", for " + DurationText(Lasted(findings)) + L", passes: " + std::to_wstring(findings.passes);
+    return TimeForAPerson(findings) + L", for " + DurationText(Lasted(findings)) + L", passes: " +
+           std::to_wstring(findings.passes);
 }
 
 std::wstring QuestionText(const Findings& findings) {
@@ -205,7 +210,7 @@ std::wstring Page(const std::filesystem::path& file, const Findings& findings) {
 std::wstring Line(const std::filesystem::path& file, const Findings& findings) {
     return Printed(L"%-10s  %-10s  %-18s  %-8s  %-19s  ", VerdictName(findings.verdict).data(),
                    CodeText(findings).c_str(), StepName(findings).c_str(), findings.version.c_str(),
-                   TimeText(findings).c_str()) +
+                   TimeForAPerson(findings).c_str()) +
            WithoutControls(file.wstring()) + L"\r\n";
 }
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 /// What an installer does at a time, in the order of a run.
-enum class Step : std::uint8_t {
+enum class RunStep : std::uint8_t {
     Report,
     Question,
     Window,
@@ -20,7 +20,7 @@ enum class Step : std::uint8_t {
 };
 
 struct StepText {
-    Step step;
+    RunStep step;
     const wchar_t* name;
     /// What it was doing, in the words of docs/log.md.
     const wchar_t* sentence;
@@ -127,9 +127,9 @@ struct LogRule {
     /// Right behind which it may stand. The titles of the report's blocks stand in the order of their rules too.
     EntrySet after;
     /// What the installer does once it has begun the entry.
-    Step step;
+    RunStep step;
     /// What it was doing when the log ends with this entry: the next one was begun, but is not on disk.
-    Step next;
+    RunStep next;
 
     /// A failure is recognised in every language: see `FailureLanguage`.
     bool Matches(std::wstring_view entry) const;

@@ -105,6 +105,7 @@ class FailedBitnessPromptOnScreen : public BitnessPromptOnScreen, public testing
 } // namespace
 
 TEST_F(BitnessPromptOnScreen, OffersThreeCommandLinksUnderItsTitle) {
+    ExpectVerdict(Verdict::Asked);
     const Program frontEnd = Start(L"");
     const PromptScreen prompt(frontEnd);
     EXPECT_EQ(CaptionOf(prompt.Window()), L"Vellumkit Installer");
@@ -118,6 +119,7 @@ TEST_F(BitnessPromptOnScreen, OffersThreeCommandLinksUnderItsTitle) {
 }
 
 TEST_F(BitnessPromptOnScreen, OpensTheDownloadInTheBrowserAndEndsWithoutAWindow) {
+    ExpectVerdict(Verdict::Asked);
     const Program frontEnd = Start(L"");
     PromptScreen(frontEnd).Click(DownloadLink);
     ExpectNothingBegun(frontEnd);
@@ -125,6 +127,7 @@ TEST_F(BitnessPromptOnScreen, OpensTheDownloadInTheBrowserAndEndsWithoutAWindow)
 }
 
 TEST_F(BitnessPromptOnScreen, TakesEnterForTheDownload) {
+    ExpectVerdict(Verdict::Asked);
     const Program frontEnd = Start(L"");
     const PromptScreen prompt(frontEnd);
     User::Press({VK_RETURN});
@@ -155,6 +158,7 @@ TEST_F(BitnessPromptOnScreen, ComesBackAfterTheHelpPageAsOftenAsItIsAskedFor) {
 }
 
 TEST_F(BitnessPromptOnScreen, HasTheDownloadForItsDefaultAgainAfterTheHelpPage) {
+    ExpectVerdict(Verdict::Asked);
     const Program frontEnd = Start(L"");
     PromptScreen(frontEnd).Click(HelpLink);
     const PromptScreen again(frontEnd);
@@ -189,6 +193,7 @@ TEST_F(BitnessPromptOnScreen, GoesOnWhenItIsClosedByAnotherProgram) {
 }
 
 TEST_F(BitnessPromptOnScreen, EndsAfterTheDownloadAlsoWhenThereIsNoBrowser) {
+    ExpectVerdict(Verdict::Asked);
     LabBrowser::Break();
     const Program frontEnd = Start(L"");
     PromptScreen(frontEnd).Click(DownloadLink);

@@ -28,6 +28,7 @@ using WindowWithoutResolution = WindowOnScreen;
 } // namespace
 
 TEST_F(WindowOnScreen, HasTheSizesOfItsLayout) {
+    ExpectVerdict(Verdict::Unfinished);
     const Program program = Start(L"");
     const InstallerScreen screen(program);
     EXPECT_EQ(ClientAreaOf(screen.Window()), layout_.client);
@@ -36,6 +37,7 @@ TEST_F(WindowOnScreen, HasTheSizesOfItsLayout) {
 }
 
 TEST_F(WindowOnScreen, StandsInTheMiddleUnderItsTitle) {
+    ExpectVerdict(Verdict::Unfinished);
     const Program program = Start(L"");
     const InstallerScreen screen(program);
     EXPECT_EQ(CaptionOf(screen.Window()), L"Vellumkit");
@@ -86,6 +88,7 @@ TEST_F(WindowOnScreen, BelongsToTheExecutable) {
 
 // AbortDoc has nothing to abort there, and fails: its answer is not positive.
 TEST_F(WindowWithoutResolution, HasTheSizesOf96Dpi) {
+    ExpectVerdict(Verdict::Unfinished);
     const Program program(CopyFrontEndThatCalls("AbortDoc", "GetDeviceCaps"), L"", Temporary());
     const InstallerScreen screen(program);
     EXPECT_EQ(ClientAreaOf(screen.Window()), Gdiplus::Rect(0, 0, 400, 200));

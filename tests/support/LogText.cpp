@@ -20,6 +20,13 @@ std::string OwnLog() {
 
 } // namespace
 
+Entries Joined(std::initializer_list<Entries> lists) {
+    Entries joined;
+    for (const Entries& list : lists)
+        joined.insert(joined.end(), list.begin(), list.end());
+    return joined;
+}
+
 std::string ReadBytes(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};

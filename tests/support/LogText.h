@@ -8,6 +8,9 @@
 /// The texts of a log's entries, without line breaks and timestamps.
 using Entries = std::vector<std::wstring>;
 
+/// One list after the other.
+Entries Joined(std::initializer_list<Entries> lists);
+
 /// The bytes of any file.
 std::string ReadBytes(const std::filesystem::path& file);
 

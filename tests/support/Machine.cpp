@@ -3,6 +3,8 @@
 #include "core/Launch.h"
 #include "core/LocalizedStrings.h"
 #include "core/Product.h"
+#include "support/LogFiles.h"
+#include "support/Output.h"
 #include "tests/support/ComErrors.h"
 #include "tests/support/InstallerScreen.h"
 #include "tests/support/LabPrograms.h"
@@ -52,13 +54,6 @@ std::wstring SystemErrorText(HRESULT result) {
     return unknown.str();
 }
 
-Entries Joined(std::initializer_list<Entries> lists) {
-    Entries joined;
-    for (const Entries& list : lists)
-        joined.insert(joined.end(), list.begin(), list.end());
-    return joined;
-}
-
 void Machine::SetUp() {
     ResetSettings();
     SetDword(OfficeLanguages, L"UILanguage", 1033);
@@ -66,6 +61,9 @@ void Machine::SetUp() {
 
 void Machine::TearDown() {
     Logged();
+    if (fs::exists(LogFile())) {
+        EXPECT_EQ(std::wstring(VerdictName(ReadLogFile(LogFile()).verdict)), std::wstring(VerdictName(verdict_)));
+    }
     ResetSettings();
 }
 
@@ -76,6 +74,10 @@ fs::path Machine::FrontEnd() {
 std::wstring Machine::Version() {
     const std::wstring other = OtherVersion();
     return other.empty() ? ProductVersion : other;
+}
+
+fs::path Machine::LogFile() const {
+    return fs::path(Temporary()) / "Vellumkit_Install.log";
 }
 
 fs::path Machine::CopyFrontEnd() const {
@@ -117,8 +119,11 @@ DWORD Machine::InstallIntercepting(const Interceptions& interceptions) const {
 }
 
 Entries Machine::Logged() const {
-    Entries log = ReadEntries(Temporary() + L"Vellumkit_Install.log");
+    Entries log = ReadEntries(LogFile());
     ExpectDocumented(log);
+    const Findings findings = ReadLogFile(LogFile());
+    EXPECT_EQ(findings.unknown, 0U) << testing::PrintToString(findings.notes);
+    EXPECT_EQ(findings.disbelieved, 0U) << testing::PrintToString(findings.notes);
     return log;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Findings.h"
 #include "tests/support/Interception.h"
 #include "tests/support/LogText.h"
 #include "tests/support/Program.h"
@@ -48,11 +49,15 @@ protected:
 
     /// The user's temporary folder, with its backslash.
     std::wstring Temporary() const { return folder_.Path().wstring() + L'\\'; }
+    /// The front-end's log.
+    std::filesystem::path LogFile() const;
     std::wstring Target() const { return Temporary() + L"Vellumkit\\Vellumkit Installer.exe"; }
 
-    /// The entries of the front-end's log. A test failure when docs/log.md does not explain each of them, which every
-    /// test looks at in the end.
+    /// The entries of the front-end's log. A test failure when docs/log.md does not explain each of them, or the log
+    /// reader doesn't know it, which every test looks at in the end.
     Entries Logged() const;
+    /// What the log reader shall say of the test's last log, when the front-end has not installed.
+    void ExpectVerdict(Verdict verdict) { verdict_ = verdict; }
     /// Compares all of them that follow the report about the machine, in order; a failure shows the lines that differ.
     void ExpectLog(const Entries& expected) const;
     /// Compares the report about the machine with the one that is expected of a machine of lab/office/, for that raw
@@ -76,6 +81,7 @@ private:
     static Entries::const_iterator EndOfReport(const Entries& log);
 
     TestFolder folder_;
+    Verdict verdict_ = Verdict::Installed;
 };
 
 /// One on which the test compares the front-end's window with what it paints itself, in English.
@@ -86,9 +92,6 @@ protected:
     /// Waits until the front-end has installed, closes its window, and waits for its end.
     static void ExpectInstalled(const Program& frontEnd);
 };
-
-/// One list after the other.
-Entries Joined(std::initializer_list<Entries> lists);
 
 /// Windows' own message for an HRESULT and its suffix, as the log shows an error: "Access denied. (0x80070005)".
 std::wstring SystemErrorText(HRESULT result);

@@ -1,0 +1,347 @@
+#include "support/LogReading.h"
+
+#include "support/Output.h"
+#include "tests/support/SampleLog.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <map>
+#include <set>
+
+namespace {
+
+Findings Read(const SampleLog& log) {
+    return ReadLogBytes(Utf16Bytes(log.Text()));
+}
+
+std::wstring VerdictOf(const Findings& findings) {
+    return std::wstring(VerdictName(findings.verdict));
+}
+
+std::wstring StepOf(const Findings& findings) {
+    return StepTexts()[static_cast<std::size_t>(findings.step)].name;
+}
+
+std::chrono::seconds Took(const Findings& findings, RunStep step) {
+    return findings.took.at(static_cast<std::size_t>(step));
+}
+
+bool HasNote(const Findings& findings, std::wstring_view text) {
+    return std::ranges::any_of(findings.notes,
+                               [text](const std::wstring& note) { return note.find(text) != std::wstring::npos; });
+}
+
+SampleLog Unattended() {
+    return SampleLog().WriteReport(L"/config x");
+}
+
+/// What OneNote that has to be terminated leaves.
+Entries StubbornSearch(const std::wstring& name = L"onenote.exe") {
+    return {L"Begin processing", L"Checking if OneNote is running", L"Found process '" + name + L"'",
+            L"OneNote is still running. Waiting..."};
+}
+
+Entries Terminated() {
+    return {L"OneNote is still running after 5 seconds. Attempting to close windows",
+            L"ERROR: Cannot close OneNote Windows: Server execution failed (0x80080005)",
+            L"OneNote is still running after 5 seconds. Attempting to terminate process"};
+}
+
+const std::wstring Line = L"\r\nSat Nov 21 21:14:33 2026 - ";
+
+} // namespace
+
+TEST(LogReading, TellsAnInstallation) {
+    const Findings findings = Read(Unattended()
+                                       .After(1)
+                                       .Write(SampleSearch())
+                                       .Write(SampleExtraction())
+                                       .After(100)
+                                       .Write(SampleRepairs())
+                                       .Write(SampleProtocols()));
+    EXPECT_EQ(VerdictOf(findings), L"installed");
+    EXPECT_EQ(findings.version, L"4.5.1");
+    EXPECT_EQ(findings.commandLine, L"/config x");
+    EXPECT_EQ(findings.attended, false);
+    EXPECT_EQ(findings.language, L"");
+    EXPECT_EQ(findings.passes, 1);
+    EXPECT_FALSE(findings.asked);
+    using namespace std::chrono;
+    EXPECT_EQ(findings.begun, local_days(2026y / November / 21) + 21h + 14min + 32s);
+    EXPECT_EQ(findings.ended - *findings.begun, 101s);
+    EXPECT_EQ(Took(findings, RunStep::ElevatedInstaller), 100s);
+    EXPECT_EQ(findings.oneNote.bitness, Registration::Bitness::NotRegistered);
+    EXPECT_EQ(findings.office.bitness, Registration::Bitness::NotRegistered);
+    EXPECT_TRUE(findings.terminated.empty());
+    EXPECT_EQ(findings.repaired, (std::vector<std::wstring>{
+                                     LR"(HKCU\Software\Microsoft\Office\15.0\OneNote\Resiliency\DisabledItems\@)",
+                                     LR"(HKCU\Software\Microsoft\Office\OneNote\AddIns\Vellumkit.Addin\LoadBehavior)",
+                                     L"SecureProtocols = 2688"}));
+    EXPECT_EQ(findings.notes,
+              (std::vector<std::wstring>{
+                  LR"(HKCU\Software\Microsoft\Office\16.0\OneNote\Resiliency\DisabledItems\@ could not be deleted.)"}));
+    EXPECT_EQ(findings.unknown, 0U);
+    EXPECT_EQ(findings.disbelieved, 0U);
+}
+
+TEST(LogReading, TellsAFailureAndWhatItMeans) {
+    const Findings findings = Read(Unattended()
+                                       .Write(SampleSearch())
+                                       .Write(SampleExtraction())
+                                       .Write({L"ERROR: Installer reported failure: 4294967197",
+                                               L"ERROR: Installation fehlgeschlagen:\n\nKein Platz. (0xffffff9d)"}));
+    EXPECT_EQ(VerdictOf(findings), L"failed");
+    EXPECT_EQ(findings.code, 0xffffff9d);
+    EXPECT_EQ(findings.message, L"Kein Platz. (0xffffff9d)");
+    EXPECT_EQ(findings.language, L"de");
+    EXPECT_EQ(StepOf(findings), L"elevated-installer");
+    EXPECT_STREQ(findings.cause, L"The elevated installer. The number is its exit code.");
+}
+
+TEST(LogReading, TellsWhereItFailed) {
+    const struct {
+        Entries behind;
+        const wchar_t* step;
+        const wchar_t* cause;
+    } cases[] = {
+        {{L"ERROR: Failed to get list of processes: 8"}, L"search", L"The search: Windows did not"},
+        {Joined({SampleSearch(), {L"Folder path is: C:\\Temp\\Vellumkit", L"Folder does not exist, creating..."}}),
+         L"payload", L"The folder: "},
+    };
+    for (const auto& item : cases) {
+        SampleLog log = Unattended();
+        if (item.behind.size() == 1)
+            log.Write({L"Begin processing", L"Begin processing", L"Checking if OneNote is running"});
+        const Findings findings =
+            Read(log.Write(item.behind).Write({L"ERROR: Installation failed:\n\nx (0x80070005)"}));
+        EXPECT_EQ(VerdictOf(findings), L"failed");
+        EXPECT_EQ(findings.code, 0x80070005);
+        EXPECT_EQ(StepOf(findings), item.step);
+        ASSERT_NE(findings.cause, nullptr);
+        EXPECT_TRUE(std::wstring_view(findings.cause).starts_with(item.cause));
+    }
+}
+
+TEST(LogReading, TellsTheStepWhereverTheInstallerIsCutOff) {
+    const Entries pass = Joined({SampleSearch(), SampleExtraction(), SampleRepairs(), SampleProtocols()});
+    const std::map<std::wstring, std::wstring> stepsBehind{
+        {L"Begin processing", L"search"},
+        {L"State: Installing - OneNote is not running, continuing with install", L"payload"},
+        {L"    Size of the file is: 123456", L"payload"},
+        {L"    Writing to the given path", L"elevation"},
+        {L"    Done.", L"elevated-installer"},
+        {L"Waiting for installer to finish", L"repairs"},
+        {L"Internet Security Settings", L"protocols"},
+    };
+    std::set<std::wstring> seen;
+    for (std::size_t count = 1; count < pass.size(); ++count) {
+        const Entries begun(pass.begin(), pass.begin() + static_cast<std::ptrdiff_t>(count));
+        const SampleLog log = Unattended().Write(begun);
+        const Findings findings = ReadLogBytes(Utf16Bytes(log.Text() + L"\r\n")); // the next one is not on disk
+        EXPECT_EQ(VerdictOf(findings), L"unfinished");
+        if (const auto step = stepsBehind.find(begun.back()); step != stepsBehind.end()) {
+            EXPECT_EQ(StepOf(findings), step->second) << testing::PrintToString(begun.back());
+            seen.insert(begun.back());
+        }
+    }
+    EXPECT_EQ(seen.size(), stepsBehind.size());
+}
+
+TEST(LogReading, TellsAQuestionThatWasTheEnd) {
+    const SampleLog asked = SampleLog().WriteReport(L"", L"office-2010");
+    const Findings findings = Read(asked);
+    EXPECT_EQ(VerdictOf(findings), L"asked");
+    EXPECT_TRUE(findings.asked);
+    EXPECT_EQ(findings.attended, true);
+    EXPECT_EQ(findings.oneNote.bitness, Registration::Bitness::Is32Bit);
+    EXPECT_EQ(StepOf(findings), L"question");
+    EXPECT_EQ(VerdictOf(ReadLogBytes(Utf16Bytes(asked.Text() + L"\r\n"))), L"asked");
+
+    const Findings goneOn = Read(SampleLog(asked).After(7).WriteInstallation());
+    EXPECT_EQ(VerdictOf(goneOn), L"installed");
+    EXPECT_TRUE(goneOn.asked);
+    EXPECT_EQ(Took(goneOn, RunStep::Question), std::chrono::seconds(7));
+    EXPECT_TRUE(HasNote(goneOn, L"A 64-bit add-in does not work in a 32-bit OneNote."));
+
+    const Findings unattended = Read(SampleLog().WriteReport(L"/config x", L"office-2010"));
+    EXPECT_EQ(VerdictOf(unattended), L"unfinished");
+    EXPECT_FALSE(unattended.asked);
+    EXPECT_EQ(StepOf(unattended), L"search");
+
+    EXPECT_EQ(StepOf(Read(SampleLog().WriteReport(L""))), L"window");
+}
+
+TEST(LogReading, ReadsTheCommandLineAsTheInstallerDoes) {
+    const struct {
+        const wchar_t* commandLine;
+        bool attended;
+    } cases[] = {
+        {L"", true},          {L"/config", true},   {L"/config x", false},   {L"/delay /config \"a b\"", false},
+        {L"/Config x", true}, {L"x /config", true}, {L"/config \"\"", true},
+    };
+    for (const auto& item : cases) {
+        EXPECT_EQ(Read(SampleLog().WriteReport(item.commandLine)).attended, item.attended)
+            << testing::PrintToString(std::wstring(item.commandLine));
+    }
+}
+
+TEST(LogReading, TellsThePassThatCounts) {
+    SampleLog log = SampleLog().WriteReport(L"");
+    log.Write(SampleSearch()).Write({L"ERROR: Installation failed:\n\nx (0x5)", L"Waiting for a signal"});
+    EXPECT_EQ(VerdictOf(Read(log)), L"failed");
+    log.After(60).Write(StubbornSearch()).After(5).Write(Terminated()).After(5);
+    const Findings searching = Read(log);
+    EXPECT_EQ(VerdictOf(searching), L"unfinished");
+    EXPECT_EQ(StepOf(searching), L"search");
+    EXPECT_EQ(searching.passes, 2);
+    log.Write({L"State: Installing - OneNote is not running, continuing with install"});
+    log.Write(SampleExtraction()).Write(SampleRepairs()).Write(SampleProtocols());
+    log.Write({L"Waiting for a signal", L"Starting OneNote",
+               L"ERROR: Failed to start OneNote: Class not registered (0x80040154)",
+               L"Exit signalled, returning from background process"});
+    const Findings findings = Read(log);
+    EXPECT_EQ(VerdictOf(findings), L"installed");
+    EXPECT_EQ(findings.terminated, std::vector<std::wstring>{L"onenote.exe"});
+    EXPECT_EQ(Took(findings, RunStep::Search), std::chrono::seconds(10));
+    EXPECT_EQ(Took(findings, RunStep::User), std::chrono::seconds(60));
+    EXPECT_TRUE(HasNote(findings, L"could not be asked to close: Server execution failed (0x80080005) OneNote runs"));
+    EXPECT_TRUE(HasNote(findings, L"could not be started from the window: Class not registered (0x80040154) OneNote"));
+    EXPECT_EQ(findings.unknown + findings.disbelieved, 0U);
+}
+
+TEST(LogReading, TellsDatebookeryThatWasTerminated) {
+    SampleLog log = Unattended().Write({L"Begin processing"}).Write(StubbornSearch(L"datebk.exe"));
+    EXPECT_EQ(Read(log.Write(Terminated())).terminated, std::vector<std::wstring>{L"datebk.exe"});
+}
+
+TEST(LogReading, TellsWhatIsRegistered) {
+    const Findings findings = Read(SampleLog().WriteReport(L"", L"office-64-bit"));
+    EXPECT_EQ(findings.oneNote.bitness, Registration::Bitness::Is64Bit);
+    EXPECT_FALSE(findings.oneNote.path.empty());
+    EXPECT_EQ(findings.office.bitness, Registration::Bitness::Is64Bit);
+    EXPECT_FALSE(findings.office.path.empty());
+}
+
+TEST(LogReading, MayBeCutAnywhere) {
+    const SampleLog log = Unattended().WriteInstallation();
+    const std::string bytes = Utf16Bytes(log.Text());
+    const std::size_t pass = bytes.size() - Utf16Bytes(SampleLog().WriteInstallation().Text()).size();
+    for (std::size_t length = 0; length < bytes.size(); length += length < 1000 || length > pass ? 1 : 31) {
+        const Findings findings = ReadLogBytes(std::string_view(bytes).substr(0, length));
+        ASSERT_EQ(VerdictOf(findings), L"unfinished") << length;
+        ASSERT_EQ(findings.unknown + findings.disbelieved, 0U) << length;
+    }
+    EXPECT_EQ(VerdictOf(ReadLogBytes(bytes)), L"installed");
+}
+
+TEST(LogReading, KnowsALogWhoseBeginningIsMissing) {
+    const std::wstring text = Unattended().WriteInstallation().Text();
+    const Findings findings = ReadLogBytes(Utf16Bytes(text.substr(text.find(L"IID for _IDT") - Line.size())));
+    EXPECT_EQ(VerdictOf(findings), L"installed");
+    EXPECT_TRUE(HasNote(findings, L"The beginning of the log is missing."));
+    EXPECT_EQ(findings.version, L"");
+}
+
+TEST(LogReading, RefusesTheLogsOfOthers) {
+    const std::wstring elevated =
+        L"\xFEFF" + Line + L"Command line: x" + Line + L"Error mode: 0" + Line + L"Exit code: 0";
+    for (const std::wstring& text : {elevated, std::wstring(L"Hello\n"), std::wstring(L"{\"a\": 1}"), Line + L"Done."})
+        EXPECT_EQ(VerdictOf(ReadLogBytes(Utf16Bytes(text))), L"foreign") << testing::PrintToString(text);
+    EXPECT_EQ(VerdictOf(ReadLogBytes(std::string_view("MZ\x90\0\3\0\0\0", 8))), L"foreign");
+}
+
+TEST(LogReading, TellsTheLastOfSeveralRuns) {
+    const std::wstring failed =
+        Unattended().Write(SampleSearch()).Write({L"ERROR: Installation failed:\n\nx (0x5)"}).Text();
+    const std::wstring installed = Unattended().WriteInstallation().Text();
+    const Findings good = ReadLogBytes(Utf16Bytes(failed + installed));
+    EXPECT_EQ(VerdictOf(good), L"installed");
+    EXPECT_EQ(good.passes, 1);
+    EXPECT_TRUE(HasNote(good, L"There are 2 runs in this file; this is the last one."));
+    EXPECT_EQ(VerdictOf(ReadLogBytes(Utf16Bytes(installed + failed))), L"failed");
+}
+
+TEST(LogReading, UnderstandsTwoThreadsThatWriteAtTheSameTime) {
+    const std::wstring time = Line.substr(2, TimeLength - 3);
+    const std::wstring log = SampleLog().WriteReport(L"").WriteInstallation().Text();
+    const std::wstring ends[] = {
+        Line + L"Waiting for a signal" + Line + L"Starting OneNote",
+        Line + L"Starting OneNote" + Line + L"Waiting for a signal",
+        L"\r\n\r\n" + time + time + L" -  - Waiting for a signalStarting OneNote",
+        L"\r\n" + time + L"\r\n" + time + L" - Starting OneNote - Waiting for a signal",
+        Line + L"\r\n" + time + L" - Starting OneNoteWaiting for a signal",
+    };
+    for (const std::wstring& end : ends) {
+        const std::wstring text =
+            log + end + Line + L"Started OneNote" + Line + L"Exit signalled, returning from background process";
+        const Findings findings = ReadLogBytes(Utf16Bytes(text));
+        EXPECT_EQ(VerdictOf(findings), L"installed") << testing::PrintToString(end);
+        EXPECT_TRUE(HasNote(findings, L"The user started OneNote")) << testing::PrintToString(end);
+        EXPECT_EQ(findings.unknown + findings.disbelieved, 0U) << testing::PrintToString(end);
+        EXPECT_EQ(HasNote(findings, L"Two threads"), &end > &ends[1]) << testing::PrintToString(end);
+    }
+}
+
+TEST(LogReading, TellsAnEntryThatItDoesNotKnow) {
+    const Findings findings =
+        Read(Unattended().Write(SampleSearch()).Write({L"Making coffee"}).Write(SampleExtraction()));
+    EXPECT_EQ(findings.unknown, 1U);
+    EXPECT_TRUE(HasNote(findings, L"Making coffee"));
+    EXPECT_EQ(StepOf(findings), L"elevated-installer");
+    EXPECT_EQ(findings.disbelieved, 0U);
+}
+
+TEST(LogReading, NotesAClockThatIsSetBack) {
+    EXPECT_TRUE(HasNote(Read(Unattended().After(-3600).WriteInstallation()), L"The clock was set back"));
+    EXPECT_FALSE(HasNote(Read(Unattended().WriteInstallation()), L"The clock"));
+}
+
+namespace {
+
+/// The log of a machine on which the given text stands as the value of an entry of the report, or in another place.
+std::string Spoilt(const std::wstring& log, const std::wstring& entry, const std::wstring& text) {
+    std::wstring spoilt = log;
+    const std::size_t place = spoilt.find(entry);
+    EXPECT_NE(place, std::wstring::npos);
+    spoilt.replace(place, entry.size(), text);
+    return Utf16Bytes(spoilt);
+}
+
+} // namespace
+
+TEST(LogReading, DoesNotBelieveAStringThatImitatesEntries) {
+    const std::wstring failed =
+        Unattended().Write(SampleSearch()).Write({L"ERROR: Installation failed:\n\nx (0x5)"}).Text();
+    const std::wstring beginning = LR"(    HKCR\OneNote.Application\CurVer\@ - )";
+    const std::wstring success = Line + L"State: Complete";
+    std::wstring wholeRun = Unattended().WriteInstallation().Text().substr(1);
+    std::wstring restOfReport = wholeRun.substr(wholeRun.find(LR"(    HKCR\OneNote.Application.14\@)"));
+    for (const std::wstring& imitation :
+         {L"x" + success + L" (String)", L"x (String)" + success + L" (String)", L"x" + wholeRun + L" (String)",
+          L"x (String)" + wholeRun + L" (String)", L"x (String)" + Line + restOfReport + L" (String)",
+          L"x" + Line + L"    HKCR\\x - Not found" + success + L" (String)"}) {
+        const Findings findings = ReadLogBytes(Spoilt(failed, beginning + L"Not found", beginning + imitation));
+        EXPECT_EQ(VerdictOf(findings), L"failed") << testing::PrintToString(imitation.substr(0, 100));
+        EXPECT_TRUE(HasNote(findings, L"were not believed") || HasNote(findings, L"none that this reader knows") ||
+                    HasNote(findings, L"2 runs"))
+            << testing::PrintToString(imitation.substr(0, 100));
+    }
+}
+
+TEST(LogReading, DoesNotBelieveADescriptionThatImitatesEntries) {
+    SampleLog log = Unattended().Write({L"Begin processing"}).Write(StubbornSearch());
+    log.Write({L"OneNote is still running after 5 seconds. Attempting to close windows",
+               L"ERROR: Cannot close OneNote Windows: x" + Line + L"State: Complete" + Line + L"y (0x80042030)"});
+    const Findings findings = Read(log);
+    EXPECT_EQ(VerdictOf(findings), L"unfinished");
+    EXPECT_EQ(StepOf(findings), L"search");
+    EXPECT_TRUE(HasNote(findings, L"2 entries are not where the installer writes them"));
+}
+
+TEST(LogReading, DoesNotBelieveSuccessOutOfPlace) {
+    for (const Entries& before : {Entries{}, SampleSearch(), Joined({SampleSearch(), SampleExtraction()})}) {
+        const Findings findings = Read(Unattended().Write(before).Write({L"State: Complete"}));
+        EXPECT_EQ(VerdictOf(findings), L"unfinished") << before.size();
+        EXPECT_EQ(findings.disbelieved, 1U);
+    }
+}

@@ -1,0 +1,206 @@
+// The log reader's executable.
+
+#include "tests/support/Program.h"
+#include "tests/support/SampleLog.h"
+#include "tests/support/TestFolder.h"
+
+#include <psapi.h>
+
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class VellumkitLog : public testing::Test {
+protected:
+    struct Result {
+        DWORD exitCode;
+        std::wstring output;
+        std::wstring errors;
+    };
+
+    /// Runs it in the test's folder.
+    Result Run(const std::wstring& arguments) const {
+        std::array<wchar_t, MAX_PATH> system{};
+        GetSystemDirectoryW(system.data(), MAX_PATH);
+        const std::wstring command = L"/s /c \"\"" + Reader().wstring() + L"\" " + arguments + L" >out.txt 2>err.txt\"";
+        const DWORD exitCode = Program(fs::path(system.data()) / "cmd.exe", command, {}, Folder()).ExitCode();
+        return {exitCode, Utf8(ReadBytes(Folder() / "out.txt")), Utf8(ReadBytes(Folder() / "err.txt"))};
+    }
+
+    static fs::path Reader() { return ProgramFolder().parent_path() / "VellumkitLog.exe"; }
+
+    const fs::path& Folder() const { return folder_.Path(); }
+
+    void Save(const fs::path& name, const SampleLog& log) const {
+        fs::create_directories((Folder() / name).parent_path());
+        std::ofstream(Folder() / name, std::ios::binary) << Utf16Bytes(log.Text());
+    }
+
+private:
+    TestFolder folder_;
+};
+
+SampleLog Installed() {
+    return SampleLog().WriteReport(L"/config \"C:\\a, b.ini\"").WriteInstallation();
+}
+
+SampleLog Failed() {
+    return SampleLog()
+        .WriteReport(L"/config x")
+        .Write(SampleSearch())
+        .After(61)
+        .Write(SampleExtraction())
+        .Write({L"ERROR: Installer reported failure: 5", L"ERROR: Installation failed:\n\nKeine \"Rechte\" (0x5)"});
+}
+
+} // namespace
+
+TEST_F(VellumkitLog, ShowsAPageForALog) {
+    Save("a.log", Failed());
+    const Result result = Run(L"a.log");
+    EXPECT_EQ(result.exitCode, 1U);
+    EXPECT_EQ(result.errors, L"");
+    EXPECT_EQ(result.output,
+              L"a.log\r\n"
+              L"\r\n"
+              L"Result      The installation failed with 0x5.\r\n"
+              L"Step        elevated-installer\r\n"
+              L"Cause       The elevated installer. The number is its exit code.\r\n"
+              L"Meaning     Mostly the exit code of the elevated installer, which has meanings of its own.\r\n"
+              L"What to do  Read the elevated installer's own log.\r\n"
+              L"Message     Keine \"Rechte\" (0x5)\r\n"
+              L"Version     4.5.1\r\n"
+              L"Begun       2026-11-21 21:14:32, for 1 min 1 s, passes: 1\r\n"
+              L"Mode        without a window: /config x\r\n"
+              L"OneNote     not registered\r\n"
+              L"Office      not registered\r\n"
+              L"Steps       payload 1 min 1 s\r\n");
+}
+
+TEST_F(VellumkitLog, ShowsALineForEachOfSeveralLogs) {
+    Save("logs/a.log", Installed());
+    Save("logs/below/b.LOG", Failed());
+    Save("logs/c.txt", Failed());
+    const Result result = Run(L"logs");
+    EXPECT_EQ(result.exitCode, 1U);
+    EXPECT_EQ(result.output,
+              L"installed                                   4.5.1     2026-11-21 21:14:32  logs\\a.log\r\n"
+              L"failed      0x5         elevated-installer  4.5.1     2026-11-21 21:14:32  logs\\below\\b.LOG\r\n");
+}
+
+TEST_F(VellumkitLog, TakesWildcards) {
+    Save("logs/a1.log", Installed());
+    Save("logs/a2.txt", Installed());
+    Save("logs/b1.log", Failed());
+    EXPECT_EQ(Run(L"logs\\a?.*").exitCode, 0U);
+    EXPECT_EQ(Run(L"logs\\*.log").exitCode, 1U);
+    const Result none = Run(L"logs\\x*");
+    EXPECT_EQ(none.exitCode, 2U);
+    EXPECT_EQ(none.errors, L"VellumkitLog: there is no log in 'logs\\x*'.\r\n");
+}
+
+TEST_F(VellumkitLog, WritesATable) {
+    Save("a.log", Failed());
+    const Result result = Run(L"/csv a.log");
+    EXPECT_EQ(result.exitCode, 1U);
+    EXPECT_EQ(
+        result.output,
+        L"file,verdict,code,step,cause,meaning,advice,message,version,begun,seconds,attended,language,asked,passes,"
+        L"oneNote,office,terminated,repaired,steps,notes\r\n"
+        L"a.log,failed,0x5,elevated-installer,The elevated installer. The number is its exit code.,"
+        L"\"Mostly the exit code of the elevated installer, which has meanings of its own.\","
+        L"Read the elevated installer's own log.,\"Keine \"\"Rechte\"\" (0x5)\",4.5.1,2026-11-21T21:14:32,61,false,"
+        L"en,false,1,not registered,not registered,,,payload 61,\r\n");
+}
+
+TEST_F(VellumkitLog, WritesJson) {
+    Save("a.log", Installed());
+    Save("b.log", Failed());
+    const Result result = Run(L"/json a.log b.log");
+    EXPECT_EQ(result.exitCode, 1U);
+    EXPECT_TRUE(
+        result.output.starts_with(L"[\r\n  {\r\n    \"file\": \"a.log\",\r\n    \"verdict\": \"installed\",\r\n"));
+    for (const wchar_t* member :
+         {L"    \"code\": \"0x5\",\r\n", L"    \"message\": \"Keine \\\"Rechte\\\" (0x5)\",\r\n",
+          L"    \"seconds\": 61,\r\n", L"    \"attended\": false,\r\n", L"    \"terminated\": [],\r\n",
+          L"    \"repaired\": [\"HKCU\\\\Software", L"    \"steps\": [\"payload 61\"],\r\n"})
+        EXPECT_NE(result.output.find(member), std::wstring::npos) << testing::PrintToString(std::wstring(member));
+    EXPECT_TRUE(result.output.ends_with(L"    \"notes\": []\r\n  }\r\n]\r\n"));
+}
+
+TEST_F(VellumkitLog, TellsItsExitCode) {
+    Save("good.log", Installed());
+    Save("bad.log", Failed());
+    std::ofstream(Folder() / "other.log") << "Hello\n";
+    EXPECT_EQ(Run(L"good.log").exitCode, 0U);
+    EXPECT_EQ(Run(L"good.log good.log").exitCode, 0U);
+    EXPECT_EQ(Run(L"good.log bad.log").exitCode, 1U);
+    EXPECT_EQ(Run(L"bad.log good.log").exitCode, 1U);
+    EXPECT_EQ(Run(L"good.log other.log bad.log").exitCode, 2U);
+    const Result missing = Run(L"bad.log missing.log");
+    EXPECT_EQ(missing.exitCode, 2U);
+    EXPECT_NE(missing.output.find(L"unreadable"), std::wstring::npos);
+}
+
+TEST_F(VellumkitLog, AnswersABadArgumentInOneLine) {
+    Save("a.log", Installed());
+    const struct {
+        const wchar_t* arguments;
+        const wchar_t* answer;
+    } cases[] = {
+        {L"", L"which log? VellumkitLog /? tells more."},
+        {L"/csv", L"which log? VellumkitLog /? tells more."},
+        {L"/xml a.log", L"unknown option '/xml'. VellumkitLog /? lists them."},
+        {L"/csv /json a.log", L"/json and /csv exclude each other."},
+        {L"a.log nothing*", L"there is no log in 'nothing*'."},
+    };
+    for (const auto& item : cases) {
+        const Result result = Run(item.arguments);
+        EXPECT_EQ(result.exitCode, 2U);
+        EXPECT_EQ(result.output, L"");
+        EXPECT_EQ(result.errors, std::wstring(L"VellumkitLog: ") + item.answer + L"\r\n");
+    }
+    EXPECT_EQ(Run(L"/?").exitCode, 0U);
+    EXPECT_TRUE(Run(L"/?").output.starts_with(L"Usage: VellumkitLog [/json | /csv] PATH...\r\n"));
+}
+
+TEST_F(VellumkitLog, ShowsNoControlCharactersOfALog) {
+    Save("a.log", SampleLog().WriteReport(L"/config \x1B[2J").WriteInstallation());
+    EXPECT_EQ(Run(L"a.log").output.find(L'\x1B'), std::wstring::npos);
+    EXPECT_NE(Run(L"a.log").output.find(L"/config \xFFFD[2J"), std::wstring::npos);
+}
+
+TEST_F(VellumkitLog, ReadsALogThatTheInstallerIsWriting) {
+    Save("a.log", Installed());
+    const fs::path file = Folder() / "a.log";
+    const UniqueHandle writer(CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    EXPECT_EQ(Run(L"a.log").exitCode, 0U);
+}
+
+TEST_F(VellumkitLog, ReadsHalfAGigabyteInAFewMegabytesOfMemory) {
+    const std::string installed = Utf16Bytes(Installed().Text());
+    std::string chunk;
+    while (chunk.size() < 50'000'000)
+        chunk += installed;
+    {
+        std::ofstream file(Folder() / "a.log", std::ios::binary);
+        for (int i = 0; i < 10; ++i)
+            file << chunk;
+    }
+    ASSERT_GE(fs::file_size(Folder() / "a.log"), 500'000'000U);
+    const Program reader(Reader(), L"a.log", {}, Folder());
+    SIZE_T most = 0;
+    while (reader.IsRunning()) {
+        PROCESS_MEMORY_COUNTERS memory{};
+        GetProcessMemoryInfo(reader.Handle(), &memory, sizeof memory);
+        most = std::max(most, memory.WorkingSetSize);
+        Sleep(10);
+    }
+    EXPECT_EQ(reader.ExitCode(), 0U);
+    EXPECT_GT(most, 0U);
+    EXPECT_LT(most, 32U << 20);
+}
