@@ -21,7 +21,7 @@ function(collect_sources directory result)
     set(${result} "${${result}}" PARENT_SCOPE)
 endfunction()
 
-foreach(directory core checks install ui app
+foreach(directory core checks install ui app support
         lab/browser lab/datebookery lab/elevated-installer lab/gallery lab/office lab/onenote
         proof/endurance proof/faults proof/hostile bench resources tests)
     collect_sources(${directory} linted)

@@ -76,6 +76,14 @@ bool HasConfiguration(const std::wstring& commandLine) {
     return false;
 }
 
+/// The installer takes a path as it is: what has a "%", or the number of a resource at its end, names no file.
+bool NamesAFile(std::wstring_view path) {
+    const std::size_t name = path.find_last_of(L'\\') + 1;
+    const std::wstring_view number = path.substr(name, path.find(L'\0', name) - name);
+    return path.find(L'%') == std::wstring_view::npos &&
+           (number.empty() || number.find_first_not_of(L"0123456789") != std::wstring_view::npos);
+}
+
 bool IsVersion(std::wstring_view text) {
     return !text.empty() && text.size() < 32 && text.find_first_not_of(L"0123456789.") == std::wstring_view::npos;
 }
@@ -201,7 +209,7 @@ void LogReading::Act(const LogRule& rule, const std::wstring& text) {
         TakeValue(text);
         break;
     case FileMissing:
-        if (Registration* const reported = Reported())
+        if (Registration* const reported = Reported(); reported != nullptr && NamesAFile(InGap(rule, text)))
             reported->fileIsMissing = true;
         break;
     case Win32Native:

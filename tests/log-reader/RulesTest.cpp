@@ -3,6 +3,7 @@
 #include "support/Rules.h"
 
 #include "core/LanguageTable.h"
+#include "support/Output.h"
 #include "tests/support/LogDocument.h"
 #include "tests/support/TestFolder.h"
 
@@ -95,6 +96,13 @@ TEST(LogRules, HaveARuleForEachThingThatAnEntryMaySay) {
         said.insert(rule.says);
     EXPECT_EQ(said.size(), static_cast<std::size_t>(Says::Ended) + 1);
     EXPECT_LE(said.size(), 64U) << "as many as a set has bits";
+}
+
+TEST(LogRules, GiveTheVerdictsOfTheDocument) {
+    std::size_t verdict = 0;
+    for (const Row& row : TableRows(L"| Result | Verdict | Exit code |"))
+        EXPECT_EQ(Quotes(row.at(1)).at(0), std::wstring(VerdictName(static_cast<Verdict>(verdict++))));
+    EXPECT_EQ(verdict, static_cast<std::size_t>(Verdict::Unreadable) + 1);
 }
 
 TEST(LogRules, NameTheStepAtWhichALogEndsAsTheDocumentDoes) {

@@ -56,6 +56,13 @@ SampleLog Failed() {
         .Write({L"ERROR: Installer reported failure: 5", L"ERROR: Installation failed:\n\nKeine \"Rechte\" (0x5)"});
 }
 
+std::wstring Replaced(std::wstring text, std::wstring_view old, std::wstring_view replacement) {
+    for (std::size_t place = text.find(old); place != std::wstring::npos;
+         place = text.find(old, place + replacement.size()))
+        text.replace(place, old.size(), replacement);
+    return text;
+}
+
 } // namespace
 
 TEST_F(VellumkitLog, ShowsAPageForALog) {
@@ -78,6 +85,36 @@ TEST_F(VellumkitLog, ShowsAPageForALog) {
               L"OneNote     not registered\r\n"
               L"Office      not registered\r\n"
               L"Steps       payload 1 min 1 s\r\n");
+}
+
+TEST_F(VellumkitLog, ShowsWhatTheDocumentShows) {
+    const std::wstring waited = L"OneNote is still running after ";
+    SampleLog failed = SampleLog().WriteReport(L"/config C:\\deploy.ini", L"office-64-bit");
+    failed.Write({L"Begin processing", L"Begin processing", L"Checking if OneNote is running",
+                  L"Found process 'datebk.exe'", L"OneNote is still running. Waiting..."});
+    failed.After(5).Write({waited + L"5 seconds. Attempting to close windows"});
+    failed.After(50).Write({waited + L"50 seconds. Attempting to terminate process",
+                            L"State: Installing - OneNote is not running, continuing with install"});
+    Entries extraction = SampleExtraction();
+    extraction.pop_back();
+    SampleLog unfinished = failed;
+    unfinished.Write(extraction);
+    failed.Write(extraction).After(1).Write({L"Waiting for installer to finish"}).After(3);
+    failed.Write(
+        {L"ERROR: Installer reported failure: 4294967197",
+         L"ERROR: Installation failed:\n\nFailed to create temporary file. Make sure you have enough disk space "
+         L"and then click Retry. (0xffffff9d)"});
+    Save("collected/PC-0173.log", failed);
+    Save("collected/PC-0174.log", Installed());
+    std::ofstream(Folder() / "collected/PC-0175.log", std::ios::binary) << Utf16Bytes(unfinished.Text() + L"\r\n");
+
+    const std::wstring document = Utf8(ReadBytes(ProgramFolder() / "log.md"));
+    const std::wstring shown = Replaced(document, L"C:\\collected", L"collected");
+    for (const wchar_t* path : {L"collected\\PC-0173.log", L"collected"}) {
+        const std::wstring transcript =
+            L"C:\\>VellumkitLog " + std::wstring(path) + L'\n' + Replaced(Run(path).output, L"\r\n", L"\n") + L'\n';
+        EXPECT_NE(shown.find(transcript), std::wstring::npos) << testing::PrintToString(transcript);
+    }
 }
 
 TEST_F(VellumkitLog, ShowsALineForEachOfSeveralLogs) {
