@@ -2,6 +2,8 @@
 
 #include "tests/support/SampleLog.h"
 
+#include <windows.h>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -59,7 +61,7 @@ TEST(LogParser, ReadsWhatAnEditorHasSavedAsUtf8) {
     std::wstring text = TwoEntries();
     EXPECT_EQ(Parse(Utf8Bytes(text)).texts, TwoTexts);
     EXPECT_EQ(Parse(Utf8Bytes(L"\xFEFF" + text)).texts, TwoTexts);
-    for (std::size_t end = text.find(L"\r"); end != std::wstring::npos; end = text.find(L"\r"))
+    for (std::size_t end = text.find(L'\r'); end != std::wstring::npos; end = text.find(L'\r'))
         text.erase(end, 1);
     EXPECT_EQ(Parse(Utf8Bytes(text)).texts, TwoTexts) << "with the line breaks of another system";
 }

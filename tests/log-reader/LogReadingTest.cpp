@@ -272,8 +272,9 @@ TEST(LogReading, UnderstandsTwoThreadsThatWriteAtTheSameTime) {
         Line + L"\r\n" + time + L" - Starting OneNoteWaiting for a signal",
     };
     for (const std::wstring& end : ends) {
-        const std::wstring text =
-            log + end + Line + L"Started OneNote" + Line + L"Exit signalled, returning from background process";
+        std::wstring text = log + end;
+        for (const wchar_t* entry : {L"Started OneNote", L"Exit signalled, returning from background process"})
+            text.append(Line).append(entry);
         const Findings findings = ReadLogBytes(Utf16Bytes(text));
         EXPECT_EQ(VerdictOf(findings), L"installed") << testing::PrintToString(end);
         EXPECT_TRUE(HasNote(findings, L"The user started OneNote")) << testing::PrintToString(end);
@@ -316,10 +317,10 @@ TEST(LogReading, DoesNotBelieveAStringThatImitatesEntries) {
     const std::wstring success = Line + L"State: Complete";
     std::wstring wholeRun = Unattended().WriteInstallation().Text().substr(1);
     std::wstring restOfReport = wholeRun.substr(wholeRun.find(LR"(    HKCR\OneNote.Application.14\@)"));
-    for (const std::wstring& imitation :
-         {L"x" + success + L" (String)", L"x (String)" + success + L" (String)", L"x" + wholeRun + L" (String)",
-          L"x (String)" + wholeRun + L" (String)", L"x (String)" + Line + restOfReport + L" (String)",
-          L"x" + Line + L"    HKCR\\x - Not found" + success + L" (String)"}) {
+    for (const std::wstring& value :
+         {L"x" + success, L"x (String)" + success, L"x" + wholeRun, L"x (String)" + wholeRun,
+          L"x (String)" + Line + restOfReport, L"x" + Line + L"    HKCR\\x - Not found"}) {
+        const std::wstring imitation = value + L" (String)";
         const Findings findings = ReadLogBytes(Spoilt(failed, beginning + L"Not found", beginning + imitation));
         EXPECT_EQ(VerdictOf(findings), L"failed") << testing::PrintToString(imitation.substr(0, 100));
         EXPECT_TRUE(HasNote(findings, L"were not believed") || HasNote(findings, L"none that this reader knows") ||

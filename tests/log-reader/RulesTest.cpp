@@ -132,7 +132,7 @@ TEST(LogRules, NameWhatFailedAsTheDocumentDoes) {
         const auto cause = std::ranges::find(Causes(), row[1], &Cause::sentence);
         ASSERT_NE(cause, Causes().end()) << testing::PrintToString(row[1]);
         for (const std::wstring& quote : Quotes(row[0])) {
-            const bool isExplained = std::ranges::any_of(RulesOf(quote), [&cause, &row](const LogRule* rule) {
+            const bool isExplained = std::ranges::any_of(RulesOf(quote), [&cause](const LogRule* rule) {
                 return cause->behind.Contains(rule->says) ||
                        (rule->says == Says::Settings && cause->behind.Contains(Says::SettingsEnd));
             });
