@@ -316,10 +316,10 @@ TEST(LogReading, DoesNotBelieveAStringThatImitatesEntries) {
     const std::wstring beginning = LR"(    HKCR\OneNote.Application\CurVer\@ - )";
     const std::wstring success = Line + L"State: Complete";
     std::wstring wholeRun = Unattended().WriteInstallation().Text().substr(1);
-    std::wstring restOfReport = wholeRun.substr(wholeRun.find(LR"(    HKCR\OneNote.Application.14\@)"));
+    std::wstring restOfReport = Line + wholeRun.substr(wholeRun.find(LR"(    HKCR\OneNote.Application.14\@)"));
     for (const std::wstring& value :
          {L"x" + success, L"x (String)" + success, L"x" + wholeRun, L"x (String)" + wholeRun,
-          L"x (String)" + Line + restOfReport, L"x" + Line + L"    HKCR\\x - Not found"}) {
+          L"x (String)" + restOfReport, L"x" + Line + L"    HKCR\\x - Not found"}) {
         const std::wstring imitation = value + L" (String)";
         const Findings findings = ReadLogBytes(Spoilt(failed, beginning + L"Not found", beginning + imitation));
         EXPECT_EQ(VerdictOf(findings), L"failed") << testing::PrintToString(imitation.substr(0, 100));
