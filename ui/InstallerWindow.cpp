@@ -5,8 +5,10 @@
 #include "core/Product.h"
 #include "install/OneNoteStart.h"
 #include "install/WorkerSignals.h"
+#include "ui/Announcement.h"
 #include "ui/Fonts.h"
 #include "ui/Painting.h"
+#include "ui/StatusText.h"
 #include "ui/WindowLayout.h"
 
 namespace {
@@ -30,6 +32,11 @@ void Retry() {
     StorePendingScreenState(checking);
     ApplyScreenState(checking);
     SetEvent(ContinueEvent);
+}
+
+void OnDestroy(HWND window) {
+    PostQuitMessage(0);
+    ForgetAnnouncement(window);
 }
 
 void OnActivate(WPARAM wParam) {
@@ -85,7 +92,7 @@ void OnCommand(WPARAM wParam, LPARAM lParam) {
 LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
     switch (message) {
     case WM_DESTROY:
-        PostQuitMessage(0);
+        OnDestroy(window);
         break;
     case WM_ACTIVATE:
         OnActivate(wParam);
@@ -152,10 +159,13 @@ HWND CreateButton(StringId caption, const Gdiplus::Rect& area) {
 } // namespace
 
 void ApplyScreenState(const ScreenState& state) {
+    const bool changed = state.status != CurrentStatus;
     CurrentStatus = state.status;
     ApplyButton(PrimaryButton, state.primaryEnabled, state.primaryLabel, state.focusIndex == 0);
     ApplyButton(SecondaryButton, state.secondaryEnabled, state.secondaryLabel, state.focusIndex == 1);
     InvalidateRect(MainWindow, nullptr, FALSE);
+    if (changed) // a message may come twice, and what was read is not read again
+        Announce(MainWindow, StatusText(CurrentStatus));
 }
 
 bool CreateInstallerWindow() {
@@ -169,6 +179,7 @@ bool CreateInstallerWindow() {
     PrimaryButton = CreateButton(StrRetry, PrimaryButtonArea());
     SecondaryButton = CreateButton(StrGetHelp, SecondaryButtonArea()); // the captions are never seen
     ShowWindow(MainWindow, SW_SHOW);
+    Announce(MainWindow, StatusText(CurrentStatus)); // takes its time, which must not delay the window
     return true;
 }
 

@@ -1,8 +1,8 @@
 #include "ui/Painting.h"
 
-#include "core/LocalizedStrings.h"
 #include "ui/Fonts.h"
 #include "ui/Logo.h"
+#include "ui/StatusText.h"
 #include "ui/WindowLayout.h"
 
 #include <string_view>
@@ -18,20 +18,6 @@ constexpr Gdiplus::REAL LogoPixels = 64; // of the image, across and down
 Gdiplus::RectF AsRectF(const Gdiplus::Rect& area) {
     return {static_cast<Gdiplus::REAL>(area.X), static_cast<Gdiplus::REAL>(area.Y),
             static_cast<Gdiplus::REAL>(area.Width), static_cast<Gdiplus::REAL>(area.Height)};
-}
-
-std::wstring_view StatusText(ScreenStatus status) {
-    switch (status) {
-    case ScreenStatus::Checking:
-        return LocalizedText(StrCheckingRequirements);
-    case ScreenStatus::Installing:
-        return LocalizedText(StrInstalling);
-    case ScreenStatus::Failed:
-        return ErrorText != nullptr ? *ErrorText.load() : std::wstring_view();
-    case ScreenStatus::Completed:
-        return LocalizedText(StrInstallCompleted);
-    }
-    return {};
 }
 
 void PaintScreen(Gdiplus::Graphics& surface, std::wstring_view text) {

@@ -367,6 +367,7 @@ constexpr Function Table[] = {
     Safe("IsDialogMessageW", AnswerNoFailure),
     Fails("LoadCursorW", NoMemory),
     Fails("LoadImageW", NoMemory),
+    Safe("NotifyWinEvent", NoFailure),
     Fails("PostMessageW", Zero("ERROR_NOT_ENOUGH_QUOTA", ERROR_NOT_ENOUGH_QUOTA)),
     Safe("PostQuitMessage", NoFailure),
     Fails("RegisterClassExW", NoMemory),

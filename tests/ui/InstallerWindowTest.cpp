@@ -2,6 +2,7 @@
 
 #include "ui/InstallerWindow.h"
 
+#include "install/OneNoteAutomation.h"
 #include "install/ScreenState.h"
 #include "install/WorkerSignals.h"
 #include "tests/support/ImportPatch.h"
@@ -255,6 +256,7 @@ TEST_P(FailedPainting, IsSkippedAndDoneAnewWithTheNextState) {
     Show(ScreenStatus::Installing);
     UpdateWindow(MainWindow);
     PendingScreenState = ScreenStateOf(ScreenStatus::Completed, 0);
+    SendMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
     {
         static ULONG_PTR failure;
         static int calls;
@@ -265,7 +267,6 @@ TEST_P(FailedPainting, IsSkippedAndDoneAnewWithTheNextState) {
             ++calls;
             return failure;
         });
-        SendMessageW(MainWindow, WM_APPLYSTATE, 0, 0);
         UpdateWindow(MainWindow);
         EXPECT_FALSE(GetUpdateRect(MainWindow, nullptr, FALSE)) << "it would be painted for ever";
         EXPECT_EQ(calls != 0, GetParam().function != std::string_view("malloc"))
@@ -315,11 +316,12 @@ TEST_F(InstallerWindow, IsDestroyedByClose) {
 TEST_F(InstallerWindow, IsDestroyedAfterOneNoteWasAskedToStart) {
     static bool windowWasThere;
     windowWasThere = false;
-    const ImportPatch<decltype(CoCreateInstance)> create("CoCreateInstance",
-                                                         [](REFCLSID, LPUNKNOWN, DWORD, REFIID, LPVOID*) -> HRESULT {
-                                                             windowWasThere = IsWindow(MainWindow) != FALSE;
-                                                             return REGDB_E_CLASSNOTREG;
-                                                         });
+    const ImportPatch<decltype(CoCreateInstance)> create(
+        "CoCreateInstance", [](REFCLSID type, LPUNKNOWN, DWORD, REFIID, LPVOID*) -> HRESULT {
+            if (type == CLSID_OneNoteApplication)
+                windowWasThere = IsWindow(MainWindow) != FALSE;
+            return REGDB_E_CLASSNOTREG;
+        });
     Show(ScreenStatus::Completed);
     const LoggedEntries logged;
     SendClick(SecondaryButton);
