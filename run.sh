@@ -26,7 +26,8 @@ mouse and keyboard alone meanwhile.
 $(machines | fold -s -w 96 | sed 's/^/                   /; s/ *$//')
   --config FILE    installs without a window instead, with this configuration file for the elevated installer;
                    lab/sample.ini explains what its stand-in reads from there
-  gallery          makes pictures of every screen in every language instead
+  gallery          makes pictures of every screen in every language instead, and of the window in a high-contrast theme
+                   and with Windows' largest text
   --help           this text
 TEXT
 }
@@ -99,6 +100,6 @@ unattended)
     ;;
 gallery)
     lab/machine.sh build gallery
-    VELLUMKIT_PREFIX=gallery exec lab/machine.sh display lab/gallery/gallery.sh out/gallery 96 144 192
+    VELLUMKIT_PREFIX=gallery exec lab/machine.sh display lab/gallery/gallery.sh out/gallery 96 144 192 240 288
     ;;
 esac

@@ -10,8 +10,9 @@
 #
 # The prefix is the one that VELLUMKIT_PREFIX names (default: "lab"). VELLUMKIT_DPI is the resolution of its screen
 # (default: 96), and VELLUMKIT_FONT the font that stands in for "Segoe UI", which only Windows has; with an empty one
-# there is none, and GDI+ has none at all on Debian 12. Debian 13's Wine finds its own Tahoma. A prefix that has other
-# settings is made anew, and what runs in it is ended. VELLUMKIT_LOCALE is the user's locale in Windows, as Debian names
+# there is none, and GDI+ has none at all on Debian 12. Debian 13's Wine finds its own Tahoma. VELLUMKIT_APPEARANCE is a
+# file of further settings of Windows' registry (default: none). A prefix that has other settings is made anew, and what
+# runs in it is ended. VELLUMKIT_LOCALE is the user's locale in Windows, as Debian names
 # it (fr_CA; default: en_US). It is the one of all that run in the prefix.
 #
 # Everything it makes lies in out/, but for the packages and what runs in /tmp while it runs.
@@ -97,7 +98,7 @@ enter_prefix() {
 
 # The settings of a prefix's screen. Programs run in a desktop window, which gives them captions and the focus without a
 # window manager.
-screen_settings() { # DPI FONT
+screen_settings() { # DPI FONT APPEARANCE
     cat <<TEXT
 Windows Registry Editor Version 5.00
 
@@ -113,13 +114,13 @@ Windows Registry Editor Version 5.00
 [HKEY_CURRENT_USER\Software\Wine\Fonts]
 "LogPixels"=dword:$(printf %08x "$1")
 TEXT
-    [ -n "$2" ] || return 0
-    cat <<TEXT
+    [ -z "$2" ] || cat <<TEXT
 
 [HKEY_CURRENT_USER\Software\Wine\Fonts\Replacements]
 "Segoe UI"="$2"
 "Microsoft Sans Serif"="$2"
 TEXT
+    [ -z "$3" ] || sed 1d "$3" # the line that says what such a file is
 }
 
 # The prefix that all others are copies of, since a new one takes a while.
@@ -161,7 +162,7 @@ is_made() { # NAME CONTENT
 provide_prefix() ( # NAME
     dpi=${VELLUMKIT_DPI:-96}
     [[ $dpi =~ ^[1-9][0-9]{1,2}$ ]] || fail "VELLUMKIT_DPI is no resolution: $dpi"
-    settings=$(screen_settings "$dpi" "${VELLUMKIT_FONT-Open Sans}")
+    settings=$(screen_settings "$dpi" "${VELLUMKIT_FONT-Open Sans}" "${VELLUMKIT_APPEARANCE:-}")
     version=$(WINEDEBUG=-all wine --version) # which keeps Debian's script from asking for a 32-bit Wine
     mkdir -p "$prefixes/home"
     exec 9>"$prefixes/lock"

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Pictures of every screen in every language, FOLDER/<DPI>/<language>-<screen>.png, and all of a resolution on a contact
-# sheet, FOLDER/<DPI>-dpi.png. The folder is emptied first.
+# sheet, FOLDER/<DPI>-dpi.png. At the first resolution also each button with the focus, as who uses the keyboard sees
+# it: FOLDER/keyboard/en-<button>.png, and the same in a high-contrast theme and with the largest text of Windows:
+# FOLDER/high-contrast, FOLDER/largest-text. The folder is emptied first.
 #
 #   lab/gallery/gallery.sh FOLDER DPI...
 #
@@ -19,12 +21,25 @@ languages_with() { # FONT
     done
 }
 
+in_windows() { # FOLDER
+    lab/machine.sh wine winepath -w "$1" | tr -d '\r'
+}
+
 take_pictures() { # DPI FONT
     local windows_folder picked
     export VELLUMKIT_DPI=$1 VELLUMKIT_FONT=$2
     mapfile -t picked < <(languages_with "$2")
-    windows_folder=$(lab/machine.sh wine winepath -w "$folder/$1" | tr -d '\r')
+    windows_folder=$(in_windows "$folder/$1")
     lab/machine.sh wine out/release/lab/gallery.exe "$windows_folder" "${picked[@]}"
+}
+
+take_keyboard_pictures() { # NAME DPI APPEARANCE
+    local windows_folder
+    export VELLUMKIT_DPI=$2 VELLUMKIT_FONT="Open Sans" VELLUMKIT_APPEARANCE=$3
+    mkdir -p "$folder/$1"
+    windows_folder=$(in_windows "$folder/$1")
+    lab/machine.sh wine out/release/lab/gallery.exe /keyboard "$windows_folder" en
+    echo "$folder/$1/"
 }
 
 make_contact_sheet() { # DPI
@@ -39,6 +54,10 @@ make_contact_sheet() { # DPI
 }
 
 rm -rf "$folder"
+for name in high-contrast largest-text; do
+    take_keyboard_pictures "$name" "$2" "lab/gallery/$name.reg"
+done
+take_keyboard_pictures keyboard "$2" ""
 for dpi in "${@:2}"; do
     mkdir -p "$folder/$dpi"
     for font in "Open Sans" "Noto Sans CJK SC" "Noto Sans CJK TC"; do
