@@ -26,8 +26,8 @@ mouse and keyboard alone meanwhile.
 $(machines | fold -s -w 96 | sed 's/^/                   /; s/ *$//')
   --config FILE    installs without a window instead, with this configuration file for the elevated installer;
                    lab/sample.ini explains what its stand-in reads from there
-  gallery          makes pictures of every screen in every language instead, and of the window in a high-contrast theme
-                   and with Windows' largest text
+  gallery          makes pictures of every screen in every language instead, at 96 to 288 DPI, and of the window in a
+                   high-contrast theme and with the largest text of Windows
   --help           this text
 TEXT
 }

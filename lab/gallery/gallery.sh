@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Pictures of every screen in every language, FOLDER/<DPI>/<language>-<screen>.png, and all of a resolution on a contact
-# sheet, FOLDER/<DPI>-dpi.png. At the first resolution also each button with the focus, as who uses the keyboard sees
-# it: FOLDER/keyboard/en-<button>.png, and the same in a high-contrast theme and with the largest text of Windows:
-# FOLDER/high-contrast, FOLDER/largest-text. The folder is emptied first.
+# sheet, FOLDER/<DPI>-dpi.png; above 192 DPI in English only. At the first resolution also each button with the focus,
+# as who uses the keyboard sees it: FOLDER/keyboard/en-<button>.png, and the same in a high-contrast theme and with the
+# largest text of Windows: FOLDER/high-contrast, FOLDER/largest-text. The folder is emptied first.
 #
-#   lab/gallery/gallery.sh FOLDER DPI...
+#   lab/gallery/gallery.sh FOLDER DPI...    the resolutions in ascending order
 #
 # Needs a display and the built gallery.exe.
 set -euo pipefail
@@ -29,6 +29,7 @@ take_pictures() { # DPI FONT
     local windows_folder picked
     export VELLUMKIT_DPI=$1 VELLUMKIT_FONT=$2
     mapfile -t picked < <(languages_with "$2")
+    [ "${#picked[@]}" != 0 ] || return 0
     windows_folder=$(in_windows "$folder/$1")
     lab/machine.sh wine out/release/lab/gallery.exe "$windows_folder" "${picked[@]}"
 }
@@ -60,6 +61,7 @@ done
 take_keyboard_pictures keyboard "$2" ""
 for dpi in "${@:2}"; do
     mkdir -p "$folder/$dpi"
+    [ "$dpi" -le 192 ] || languages=(en) # ImageMagick's limits forbid a larger contact sheet
     for font in "Open Sans" "Noto Sans CJK SC" "Noto Sans CJK TC"; do
         take_pictures "$dpi" "$font"
     done
