@@ -8,18 +8,19 @@ Usage: ./release.sh [--elevated-installer FILE] [--web-host HOST]
                     [--certificate FILE --password-file FILE [--timestamp-url URL]] [--dirty]
        ./release.sh --windows-tests [--dirty]
 
-Installs what is missing, builds from nothing, and fills out/product/ with the executable, its symbols, the licences of
-what is linked in, a bill of materials and the SHA-256 sums of all these. The same commit makes the same bytes.
+Installs what is missing, builds from nothing, and fills out/product/ with the installer, its symbols, the log reader,
+the licences of what is linked in, a bill of materials and the SHA-256 sums of all these. The same commit makes the same
+bytes.
 
   --elevated-installer FILE  the program to embed: 64-bit, its manifest requests administrator rights
                              (default: the stand-in of lab/)
   --web-host HOST            host of the product web site, which has the download of the 32-bit installer and the help
                              page (default: www.vellumkit.example)
-  --certificate FILE         signs the executable with this certificate and its key (PKCS #12)
+  --certificate FILE         signs the executables with this certificate and its key (PKCS #12)
   --password-file FILE       has the certificate's password
   --timestamp-url URL        has the signature's time confirmed there (RFC 3161), so that it outlives the certificate
   --dirty                    also from sources that no commit has
-  --windows-tests            makes out/windows-tests.zip instead: the executable with the defaults above, the tests and
+  --windows-tests            makes out/windows-tests.zip instead: the executables with the defaults above, the tests and
                              the lab, for a Windows that can be thrown away
   --help                     this text
 TEXT
@@ -96,7 +97,7 @@ if [ "$windows_tests" = 1 ]; then
     cmake --build "$build"
     exec release/windows-tests.py "$build" out/windows-tests.zip
 fi
-cmake --build "$build" --target VellumkitInstaller
+cmake --build "$build" --target VellumkitInstaller VellumkitLog
 release/assemble.sh "$build" out/product "${signature[@]}"
 echo
 cat out/product/SHA256SUMS

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Looks at the bill of materials and the licences of a release: that the document is SPDX 2.3, tells what it is about,
-names just those libraries whose functions the executable's symbols show, and that the texts are there.
+names for each executable just those libraries whose functions its symbols show, and that the texts are there.
 
     tests/release/bill-of-materials.py BUILD
 """
@@ -10,6 +10,7 @@ import json
 import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -18,6 +19,7 @@ import unittest
 TOOLS = "x86_64-w64-mingw32-"
 LIBRARIES = {
     "libgcc": ("libgcc.a", "libgcc_eh.a"),
+    "libssp": ("libssp.a",),
     "libstdc++": ("libstdc++.a",),
     "mingw-w64-runtime": ("libmingw32.a", "libmingwex.a"),
     "winpthreads": ("libpthread.a",),
@@ -53,6 +55,17 @@ def linked_libraries(symbols):
         *(others for name, others in functions.items() if name != component))}
 
 
+def linked_with_symbols(program, folder):
+    """The program, which is linked without symbols, linked anew with them."""
+    link = subprocess.run(("ninja", "-t", "commands", "-s", program), check=True, cwd=BUILD, stdout=subprocess.PIPE,
+                          text=True).stdout
+    arguments = [argument for argument in shlex.split(link)[2:-2] # between ": &&" and "&& :"
+                 if argument != "-s" and not argument.startswith("-Wl,-Map=")]
+    arguments[arguments.index("-o") + 1] = folder / program
+    subprocess.run(arguments, check=True, cwd=BUILD)
+    return folder / program
+
+
 def sha256(file):
     return hashlib.sha256(file.read_bytes()).hexdigest()
 
@@ -62,7 +75,8 @@ class BillOfMaterials(unittest.TestCase):
     def setUpClass(cls):
         temporary = tempfile.TemporaryDirectory()
         cls.addClassCleanup(temporary.cleanup)
-        cls.folder = pathlib.Path(temporary.name, "product")
+        cls.temporary = pathlib.Path(temporary.name)
+        cls.folder = cls.temporary / "product"
         subprocess.run((ASSEMBLE, BUILD, cls.folder), check=True, env=dict(os.environ, SOURCE_DATE_EPOCH="1700000000"))
         cls.document = json.loads((cls.folder / "VellumkitInstaller.x64.spdx.json").read_text(encoding="utf-8"))
         cls.packages = {package["name"]: package for package in cls.document["packages"]}
@@ -87,15 +101,19 @@ class BillOfMaterials(unittest.TestCase):
                     self.assertEqual(reference["referenceCategory"], "PACKAGE-MANAGER")
                     self.assertRegex(reference["referenceLocator"], r"^pkg:deb/debian/[a-z0-9.%B-]+@[^\s+]+$")
 
-    def test_relates_everything_to_the_installer(self):
+    def test_relates_everything_to_an_executable(self):
         identifiers = [package["SPDXID"] for package in self.document["packages"]]
         self.assertEqual(len(identifiers), len(set(identifiers)))
         related = {(entry["spdxElementId"], entry["relationshipType"], entry["relatedSpdxElement"])
                    for entry in self.document["relationships"]}
-        libraries = {("SPDXRef-Installer", "STATIC_LINK", identifier) for identifier in identifiers
-                     if identifier not in ("SPDXRef-Installer", "SPDXRef-ElevatedInstaller")}
-        self.assertEqual(related, {("SPDXRef-DOCUMENT", "DESCRIBES", "SPDXRef-Installer"),
-                                   ("SPDXRef-Installer", "CONTAINS", "SPDXRef-ElevatedInstaller")} | libraries)
+        links = {relation for relation in related if relation[1] == "STATIC_LINK"}
+        self.assertEqual(related - links, {("SPDXRef-DOCUMENT", "DESCRIBES", "SPDXRef-Installer"),
+                                           ("SPDXRef-DOCUMENT", "DESCRIBES", "SPDXRef-LogReader"),
+                                           ("SPDXRef-Installer", "CONTAINS", "SPDXRef-ElevatedInstaller")})
+        executables = {"SPDXRef-Installer", "SPDXRef-LogReader"}
+        self.assertEqual({program for program, _, _ in links}, executables)
+        self.assertEqual({library for _, _, library in links},
+                         set(identifiers) - executables - {"SPDXRef-ElevatedInstaller"})
 
     def test_names_licences_that_it_or_spdx_defines(self):
         defined = {licence["licenseId"] for licence in self.document["hasExtractedLicensingInfos"]}
@@ -106,16 +124,22 @@ class BillOfMaterials(unittest.TestCase):
         for licence in self.document["hasExtractedLicensingInfos"]:
             self.assertTrue(licence["extractedText"].strip())
 
-    def test_is_about_the_executable_and_what_it_embeds(self):
+    def test_is_about_the_executables_and_what_is_embedded(self):
         for name, file in (("VellumkitInstaller", self.folder / "VellumkitInstaller.x64.exe"),
+                           ("VellumkitLog", self.folder / "VellumkitLog.exe"),
                            ("elevated installer", BUILD / "lab/elevated-installer.exe")):
             self.assertEqual(self.packages[name]["checksums"], [{"algorithm": "SHA256", "checksumValue": sha256(file)}])
 
-    def test_names_the_libraries_whose_functions_are_in_the_executable(self):
-        named = {name for name, package in self.packages.items() if package["primaryPackagePurpose"] == "LIBRARY"}
-        linked = linked_libraries(self.folder / "VellumkitInstaller.x64.exe.debug")
-        self.assertIn("libstdc++", linked)
-        self.assertEqual(named, linked)
+    def test_names_the_libraries_whose_functions_are_in_an_executable(self):
+        names = {package["SPDXID"]: name for name, package in self.packages.items()}
+        for program, symbols in (("VellumkitInstaller", self.folder / "VellumkitInstaller.x64.exe.debug"),
+                                 ("VellumkitLog", linked_with_symbols("VellumkitLog.exe", self.temporary))):
+            with self.subTest(program):
+                named = {names[entry["relatedSpdxElement"]] for entry in self.document["relationships"]
+                         if entry["relationshipType"] == "STATIC_LINK" and names[entry["spdxElementId"]] == program}
+                linked = linked_libraries(symbols)
+                self.assertIn("libstdc++", linked)
+                self.assertEqual(named, linked)
 
     def test_tells_the_versions_that_are_installed(self):
         for name, files in LIBRARIES.items():

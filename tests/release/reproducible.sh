@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Makes a release from a commit in a folder with a blank in its name, more than a year later, and compares it with what
-# a build comes to: executable, symbols, bill of materials, licences, sums. Refused is what no commit has.
+# a build comes to: executables, symbols, bill of materials, licences, sums. Refused is what no commit has.
 #
 #   tests/release/reproducible.sh BUILD [COMPILER_CACHE]
 #

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# On a display: signs a copy of the executable with a certificate that is made for it, verifies the signature, and lets
-# the copy install. A copy of it that has another bit does not verify.
+# On a display: signs copies of the executables with a certificate that is made for it, verifies the signatures, and lets
+# the copies install and read the log. A copy of the installer that has another bit does not verify.
 #
 #   tests/release/signature.sh BUILD
 set -euo pipefail
@@ -26,9 +26,13 @@ openssl pkcs12 -export -inkey "$folder/key.pem" -in "$folder/certificate.pem" -p
 
 SOURCE_DATE_EPOCH=0 "$root/release/assemble.sh" "$build" "$folder/product" "$folder/certificate.p12" "$folder/password"
 program=$folder/product/VellumkitInstaller.x64.exe
-verifies "$program" || { cat "$folder/verified"; fail "the signed executable does not verify"; }
-(cd "$folder/product" && sha256sum --check --quiet SHA256SUMS) || fail "the sums are not those of the signed executable"
-! verifies "$build/VellumkitInstaller.x64.exe" || fail "an executable without a signature verifies"
+reader=$folder/product/VellumkitLog.exe
+for signed in "$program=Vellumkit Installer" "$reader=Vellumkit Log Reader"; do
+    verifies "${signed%=*}" || { cat "$folder/verified"; fail "${signed%=*} does not verify"; }
+    grep -q "Text description: ${signed#*=}\$" "$folder/verified" || fail "the signature does not tell ${signed#*=}"
+    ! verifies "$build/$(basename "${signed%=*}")" || fail "an executable without a signature verifies"
+done
+(cd "$folder/product" && sha256sum --check --quiet SHA256SUMS) || fail "the sums are not those of the signed executables"
 
 # In the middle of what is embedded.
 cp "$program" "$folder/changed.exe"
@@ -45,4 +49,6 @@ touch "$folder/configuration.ini"
 "$root/lab/machine.sh" wine "$program" /config "Z:${folder//\//\\}\\configuration.ini" ||
     fail "the signed executable ends with $?"
 cmp "$build/lab/elevated-installer.exe" "$temporary/Vellumkit/Vellumkit Installer.exe"
-echo "signed, verified, installed"
+"$root/lab/machine.sh" wine "$reader" "Z:${temporary//\//\\}\\Vellumkit_Install.log" ||
+    fail "the signed log reader ends with $?"
+echo "signed, verified, installed, read"
