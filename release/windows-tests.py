@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Packs what tests a build on Windows: the executable, the lab, the tests and the file that runs them.
+"""Packs what tests a build on Windows: the executables, the lab, the tests and the file that runs them.
 
     release/windows-tests.py BUILD ZIP
 
@@ -15,7 +15,7 @@ import zipfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 FOLDER = "vellumkit-windows-tests"
-FILES = ("VellumkitInstaller.x64.exe", "lab/*.exe", "lab/*.dll", "lab/machines/*.ini",
+FILES = ("VellumkitInstaller.x64.exe", "VellumkitLog.exe", "lab/*.exe", "lab/*.dll", "lab/machines/*.ini",
          "tests/log-writer.exe", "tests/planted-library.dll", "tests/program-tests.exe", "tests/uncaught-error.exe",
          "tests/unit-tests.exe", "tests/window-tests.exe", "tests/log.md", "tests/reports/*.txt")
 

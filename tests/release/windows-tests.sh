@@ -57,7 +57,7 @@ run_tests 2 /throw-away
 grep -q 'has 51 documents' "$folder/output" || fail "the documents are not told"
 undo
 
-run_tests 0 /throw-away 'CommandLine*:WindowLayout*:Executable.IsLoaded*'
+run_tests 0 /throw-away 'CommandLine*:WindowLayout*:Executable.IsLoaded*:VellumkitLog.TellsItsExitCode'
 for program in unit-tests window-tests program-tests; do
     grep -q '<testcase ' "$results/$program.xml" || fail "$program has not run a test"
 done
