@@ -1,10 +1,12 @@
-// What the release executable is made of.
+// What the release executables are made of.
 
 #include "app/AbnormalEnd.h"
+#include "core/Product.h"
 #include "tests/support/ImportTable.h"
 #include "tests/support/LabPrograms.h"
 #include "tests/support/LogText.h"
 #include "tests/support/Machine.h"
+#include "tests/support/TestFolder.h"
 #include "tests/support/WaitUntil.h"
 
 #include <imagehlp.h>
@@ -81,6 +83,28 @@ std::wstring VersionOf(DWORD upper, DWORD lower) {
     std::wostringstream text;
     text << HIWORD(upper) << L'.' << LOWORD(upper) << L'.' << HIWORD(lower) << L'.' << LOWORD(lower);
     return text.str();
+}
+
+/// What a program of the product tells of itself, and the texts beyond that.
+void ExpectVersionInformation(const std::filesystem::path& program, const std::wstring& version,
+                              std::vector<std::pair<const wchar_t*, std::wstring>> texts) {
+    std::vector<char> data(GetFileVersionInfoSizeW(program.c_str(), nullptr));
+    ASSERT_TRUE(GetFileVersionInfoW(program.c_str(), 0, static_cast<DWORD>(data.size()), data.data()));
+    void* value = nullptr;
+    UINT size = 0;
+    ASSERT_TRUE(VerQueryValueW(data.data(), L"\\", &value, &size));
+    const auto& fixed = *static_cast<const VS_FIXEDFILEINFO*>(value);
+    EXPECT_EQ(VersionOf(fixed.dwProductVersionMS, fixed.dwProductVersionLS), version + L".0");
+    EXPECT_EQ(VersionOf(fixed.dwFileVersionMS, fixed.dwFileVersionLS), version + L".0");
+    texts.insert(texts.end(), {{L"ProductVersion", version},
+                               {L"FileVersion", version},
+                               {L"ProductName", L"Vellumkit"},
+                               {L"OriginalFilename", program.filename().wstring()}});
+    for (const auto& [name, expected] : texts) {
+        ASSERT_TRUE(
+            VerQueryValueW(data.data(), (std::wstring(L"\\StringFileInfo\\040904B0\\") + name).c_str(), &value, &size));
+        EXPECT_EQ(static_cast<const wchar_t*>(value), expected);
+    }
 }
 
 } // namespace
@@ -220,27 +244,14 @@ TEST_F(Executable, EmbedsTheElevatedInstallerAsItIs) {
 }
 
 TEST_F(Executable, TellsItsVersionInExplorer) {
-    std::vector<char> data(GetFileVersionInfoSizeW(FrontEnd().c_str(), nullptr));
-    ASSERT_TRUE(GetFileVersionInfoW(FrontEnd().c_str(), 0, static_cast<DWORD>(data.size()), data.data()));
-    void* value = nullptr;
-    UINT size = 0;
-    ASSERT_TRUE(VerQueryValueW(data.data(), L"\\", &value, &size));
-    const auto& fixed = *static_cast<const VS_FIXEDFILEINFO*>(value);
-    EXPECT_EQ(VersionOf(fixed.dwProductVersionMS, fixed.dwProductVersionLS), Version() + L".0");
-    EXPECT_EQ(VersionOf(fixed.dwFileVersionMS, fixed.dwFileVersionLS), Version() + L".0");
-    const std::pair<const wchar_t*, std::wstring> texts[] = {
-        {L"ProductVersion", Version()},
-        {L"FileVersion", Version()},
-        {L"ProductName", L"Vellumkit"},
-        {L"FileDescription", L"Vellumkit Installer"},
-        {L"Comments", L"https://www.vellumkit.example"},
-        {L"OriginalFilename", L"VellumkitInstaller.x64.exe"},
-    };
-    for (const auto& [name, expected] : texts) {
-        ASSERT_TRUE(
-            VerQueryValueW(data.data(), (std::wstring(L"\\StringFileInfo\\040904B0\\") + name).c_str(), &value, &size));
-        EXPECT_EQ(static_cast<const wchar_t*>(value), expected);
-    }
+    ExpectVersionInformation(
+        FrontEnd(), Version(),
+        {{L"FileDescription", L"Vellumkit Installer"}, {L"Comments", L"https://www.vellumkit.example"}});
+}
+
+TEST(LogReaderExecutable, TellsTheVersionOfTheInstallerInExplorer) {
+    ExpectVersionInformation(ProgramFolder().parent_path() / "VellumkitLog.exe", ProductVersion,
+                             {{L"FileDescription", L"Vellumkit Log Reader"}});
 }
 
 TEST_F(Executable, HasAManifestWithoutADpiEntry) {
