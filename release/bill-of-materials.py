@@ -31,7 +31,6 @@ PROGRAMS = (
 COMPONENTS = (
     (r"libstdc\+\+.*\.a", "gcc-mingw-w64", "libstdc++", "Free Software Foundation", RUN_TIME_LIBRARY),
     (r"libgcc(_eh)?\.a|crt(begin|end)\.o", "gcc-mingw-w64", "libgcc", "Free Software Foundation", RUN_TIME_LIBRARY),
-    (r"libssp\.a", "gcc-mingw-w64", "libssp", "Free Software Foundation", RUN_TIME_LIBRARY),
     (r"lib(win)?pthread\.a", "mingw-w64", "winpthreads", "mingw-w64 project", "MIT AND BSD-3-Clause"),
     (r"lib.*\.a|crt2u?\.o", "mingw-w64", "mingw-w64-runtime", "mingw-w64 project",
      "ZPL-2.1 AND LicenseRef-mingw-w64-files"),

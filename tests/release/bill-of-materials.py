@@ -19,7 +19,6 @@ import unittest
 TOOLS = "x86_64-w64-mingw32-"
 LIBRARIES = {
     "libgcc": ("libgcc.a", "libgcc_eh.a"),
-    "libssp": ("libssp.a",),
     "libstdc++": ("libstdc++.a",),
     "mingw-w64-runtime": ("libmingw32.a", "libmingwex.a"),
     "winpthreads": ("libpthread.a",),
