@@ -10,6 +10,7 @@ usage() {
 Usage: ./run.sh [--language CODE] [--dpi N] [--onenote running|stubborn|absent | --machine NAME]
        ./run.sh --config FILE
        ./run.sh gallery
+       ./run.sh fleet
 
 Installs with a window, in a private Wine prefix: on this display, or without one on a virtual display. Goes through all
 of its states by itself, then shows the log and names the exit code and a screenshot of each state. One at a time. Leave
@@ -28,6 +29,9 @@ $(machines | fold -s -w 96 | sed 's/^/                   /; s/ *$//')
                    lab/sample.ini explains what its stand-in reads from there
   gallery          makes pictures of every screen in every language instead, at 96 to 288 DPI, and of the window in a
                    high-contrast theme and with the largest text of Windows
+  fleet            rolls out to the machines of lab/fleet/conditions.txt instead, with Ansible as to real ones, and
+                   compares what the log reader finds with what was prepared: out/fleet/results.md and timeline.svg;
+                   ends with 1 when something else came of a machine, and takes about three minutes
   --help           this text
 TEXT
 }
@@ -56,13 +60,13 @@ while [ $# -gt 0 ]; do
     --dpi) dpi=$2 settings=1; shift 2 ;;
     --onenote) onenote=$2 settings=1; shift 2 ;;
     --machine) machine=$2 settings=1; shift 2 ;;
-    gallery) mode=gallery; shift ;;
+    gallery | fleet) mode=$1; shift ;;
     --help) usage; exit ;;
     *) misuse "unknown argument $1" ;;
     esac
 done
 if [ -v config ]; then
-    [ "$mode" = window ] || misuse "the gallery takes no configuration file"
+    [ "$mode" = window ] || misuse "only the installation takes a configuration file"
     mode=unattended
 fi
 [ "$mode" = window ] || [ "$settings" = 0 ] ||
@@ -82,7 +86,9 @@ if [ "$mode" = unattended ]; then
 fi
 
 cd -- "$here" >/dev/null
-lab/machine.sh packages
+lists=()
+[ "$mode" != fleet ] || lists=(fleet)
+lab/machine.sh packages "${lists[@]}"
 
 case $mode in
 window)
@@ -101,5 +107,14 @@ unattended)
 gallery)
     lab/machine.sh build gallery
     VELLUMKIT_PREFIX=gallery exec lab/machine.sh display lab/gallery/gallery.sh out/gallery 96 144 192 240 288
+    ;;
+fleet)
+    lab/machine.sh build VellumkitInstaller VellumkitLog onenote datebk office
+    result=0
+    VELLUMKIT_PREFIX=fleet lab/fleet/fleet.sh lab/fleet/conditions.txt out/fleet || result=$?
+    [ "$result" -gt 1 ] || (cd out/fleet && gnuplot "$here/lab/fleet/timeline.gnuplot")
+    echo "Table: $here/out/fleet/results.md"
+    echo "Chart: $here/out/fleet/timeline.svg"
+    exit "$result"
     ;;
 esac

@@ -1,11 +1,14 @@
 #!/usr/bin/env bash
 # The machine that builds and tests: Debian's packages, a private Wine prefix, a display.
 #
-#   lab/machine.sh packages [LIST]    installs what is missing, also of what lint.sh (lint) or bench.sh (bench) needs
+#   lab/machine.sh packages [LIST]    installs what is missing, also of what lint.sh (lint), bench.sh (bench) or the
+#                                     rehearsal of a roll-out (fleet) needs
 #   lab/machine.sh build [TARGET...]  builds the release
 #   lab/machine.sh wine PROGRAM...    runs a Windows program in a prefix
 #   lab/machine.sh linux COMMAND...   runs a Linux command that starts Windows programs in a prefix itself
 #   lab/machine.sh stop               ends what runs in a prefix
+#   lab/machine.sh copy PREFIX        makes the prefix anew, a copy of that one, in which nothing may run
+#   lab/machine.sh remove             ends what runs in a prefix, and removes it
 #   lab/machine.sh display COMMAND... runs a command on a virtual display of its own, then stops the prefix
 #
 # The prefix is the one that VELLUMKIT_PREFIX names (default: "lab"). VELLUMKIT_DPI is the resolution of its screen
@@ -43,9 +46,11 @@ packages=(
     git                          # tells ./release.sh whether a commit has the sources, and when it was made
     osslsigncode openssl         # signs the executable; makes the certificate with which a test does
     faketime                     # another day, on which a release must be the same
+    ansible-core                 # rolls out to many machines
 )
-lint_packages=(clang-format-14 clang-tidy-14 shellcheck)
+lint_packages=(clang-format-14 clang-tidy-14 shellcheck ansible-lint ansible) # the last has the Windows collection
 bench_packages=(nsis gnuplot-nox strace)
+fleet_packages=(gnuplot-nox)
 
 fail() {
     echo "${0##*/}: $*" >&2
@@ -133,12 +138,16 @@ make_base_prefix() {
     wine --version >"$prefixes/base.made"
 }
 
-# The copy shares its files with the base, but for those that are written in place.
+# The copy shares its files, but for those that are written in place.
+copy_prefix() { # FROM NAME
+    remove_prefix "$2"
+    cp -al "$prefixes/$1" "$prefixes/$2"
+    cp --remove-destination "$prefixes/$1"/{*.reg,.update-timestamp} "$prefixes/$2"
+    cp --remove-destination "$prefixes/$1"/drive_c/windows/*.ini "$prefixes/$2/drive_c/windows"
+}
+
 make_prefix() { # NAME SETTINGS
-    remove_prefix "$1"
-    cp -al "$prefixes/base" "$prefixes/$1"
-    cp --remove-destination "$prefixes"/base/{*.reg,.update-timestamp} "$prefixes/$1"
-    cp --remove-destination "$prefixes"/base/drive_c/windows/*.ini "$prefixes/$1/drive_c/windows"
+    copy_prefix base "$1"
     enter_prefix "$1"
     echo "$2" >"$WINEPREFIX/screen.reg"
     (cd "$WINEPREFIX" && "${at_fixed_addresses[@]}" wine regedit /S screen.reg) >/dev/null 2>&1 ||
@@ -230,6 +239,12 @@ stop_wine() {
     wineserver --kill || true # fails when nothing runs there
 }
 
+copy_made_prefix() { # FROM
+    local name=${VELLUMKIT_PREFIX:-lab}
+    copy_prefix "$1" "$name"
+    cp "$prefixes/$1.made" "$prefixes/$name.made"
+}
+
 # Each looks for a free display from a number of its own: of many that begin at the same one, xvfb-run lets those that
 # lose ten times run on a display of another, which does not take them.
 run_on_virtual_display() {
@@ -249,8 +264,9 @@ packages)
     case ${1:-} in
     lint) packages+=("${lint_packages[@]}") ;;
     bench) packages+=("${bench_packages[@]}") ;;
+    fleet) packages+=("${fleet_packages[@]}") ;;
     '') ;;
-    *) fail "lists: lint, bench" ;;
+    *) fail "lists: lint, bench, fleet" ;;
     esac
     install_packages
     ;;
@@ -258,6 +274,8 @@ build) build "$@" ;;
 wine) run_in_prefix wine "$@" ;;
 linux) run_in_prefix "$@" ;;
 stop) stop_wine ;;
+copy) copy_made_prefix "$1" ;;
+remove) remove_prefix "${VELLUMKIT_PREFIX:-lab}" ;;
 display) run_on_virtual_display "$@" ;;
-*) fail "commands: packages, build, wine, linux, stop, display" ;;
+*) fail "commands: packages, build, wine, linux, stop, copy, remove, display" ;;
 esac
