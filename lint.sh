@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what is missing, holds the sources to .clang-format and .clang-tidy and the scripts to shellcheck. A source
-# is analysed again only when something has changed.
+# Installs what is missing, holds the sources to .clang-format and .clang-tidy, the scripts to shellcheck and the playbook
+# to ansible-lint. A source is analysed again only when something has changed.
 set -euo pipefail
 cd "$(dirname "$0")"
 lab/machine.sh packages lint || {

@@ -1,8 +1,11 @@
-# The target "lint" holds the sources to .clang-format and .clang-tidy, and the scripts to shellcheck. Each source is
-# analysed again only when it, a header or the configuration has changed. Other versions format and warn otherwise.
+# The target "lint" holds the sources to .clang-format and .clang-tidy, the scripts to shellcheck, and the playbook to
+# ansible-lint. Each source is analysed again only when it, a header or the configuration has changed. Other versions
+# format and warn otherwise.
 find_program(CLANG_FORMAT clang-format-14 REQUIRED)
 find_program(CLANG_TIDY clang-tidy-14 REQUIRED)
 find_program(SHELLCHECK shellcheck REQUIRED)
+find_program(ANSIBLE_LINT ansible-lint REQUIRED)
+find_program(ANSIBLE_PLAYBOOK ansible-playbook REQUIRED)
 
 function(collect_sources directory result)
     get_property(targets DIRECTORY "${directory}" PROPERTY BUILDSYSTEM_TARGETS)
@@ -75,10 +78,25 @@ add_custom_target(shellcheck
         bench.sh prove.sh proof/coverage.sh proof/endurance.sh proof/faults.sh proof/hostile.sh proof/mutations.sh
         proof/suites.sh release.sh release/assemble.sh release/sign.sh tests/includes.sh tests/program/planting.sh
         tests/release/crash-address.sh tests/release/reproducible.sh tests/release/signature.sh
-        tests/release/windows-tests.sh tests/lab/gallery.sh .ci/run
+        tests/release/windows-tests.sh tests/lab/gallery.sh lab/fleet/fleet.sh lab/fleet/machine.sh .ci/run
     WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
     COMMENT "Checking the scripts"
     VERBATIM)
 
+# A playbook that includes the tasks by name does not know whether their modules exist; one that imports them does.
+file(GLOB tasks CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/deploy/windows/*.yml"
+    "${PROJECT_SOURCE_DIR}/lab/fleet/machine/*.yml")
+list(TRANSFORM tasks PREPEND "    - import_tasks: " OUTPUT_VARIABLE imports)
+list(JOIN imports "\n" imports)
+file(WRITE "${PROJECT_BINARY_DIR}/tasks.yml" "- hosts: all\n  tasks:\n${imports}\n")
+add_custom_target(ansible-lint
+    COMMAND "${ANSIBLE_LINT}" --offline --nocolor -q -c deploy/.ansible-lint
+        deploy/install.yml deploy/inventory.example.yml ${tasks}
+    COMMAND "${ANSIBLE_PLAYBOOK}" --syntax-check --inventory deploy/inventory.example.yml
+        "${PROJECT_BINARY_DIR}/tasks.yml"
+    WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
+    COMMENT "Checking the playbook"
+    VERBATIM)
+
 add_custom_target(lint)
-add_dependencies(lint format tidy shellcheck)
+add_dependencies(lint format tidy shellcheck ansible-lint)
