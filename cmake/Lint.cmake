@@ -78,7 +78,8 @@ add_custom_target(shellcheck
         bench.sh prove.sh proof/coverage.sh proof/endurance.sh proof/faults.sh proof/hostile.sh proof/mutations.sh
         proof/suites.sh release.sh release/assemble.sh release/sign.sh tests/includes.sh tests/program/planting.sh
         tests/release/crash-address.sh tests/release/reproducible.sh tests/release/signature.sh
-        tests/release/windows-tests.sh tests/lab/gallery.sh lab/fleet/fleet.sh lab/fleet/machine.sh .ci/run
+        tests/release/windows-tests.sh tests/lab/gallery.sh lab/fleet/fleet.sh lab/fleet/machine.sh
+        tests/deploy/rehearsal.sh .ci/run
     WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
     COMMENT "Checking the scripts"
     VERBATIM)
