@@ -4,8 +4,8 @@
 #
 #   lab/fleet/fleet.sh CONDITIONS FOLDER
 #
-# The folder is made anew; lab/fleet/report.py tells what comes to lie in it. The prefix of VELLUMKIT_PREFIX is the model
-# of the machines, whose names begin with its name; they are gone in the end. Ends with 1 when an outcome is not the
+# The folder is made anew; lab/fleet/report.py tells what comes to lie in it. VELLUMKIT_PREFIX names the prefix that is
+# the model of the machines, whose names begin with it; they are gone in the end. Ends with 1 when an outcome is not the
 # expected one. Needs the built programs, and no display.
 set -euo pipefail
 conditions=$(realpath -- "$1") folder=$(realpath --canonicalize-missing -- "$2")
@@ -26,7 +26,7 @@ switch_off() {
 # Ansible keeps nothing outside the folder.
 roll_out() {
     local result=0
-    env LC_ALL=C.UTF-8 ANSIBLE_CONFIG=lab/fleet/ansible.cfg ANSIBLE_HOME="$folder/ansible" \
+    env LC_ALL=C.UTF-8 PYTHONDONTWRITEBYTECODE=1 ANSIBLE_CONFIG=lab/fleet/ansible.cfg ANSIBLE_HOME="$folder/ansible" \
         ANSIBLE_LOCAL_TEMP="$folder/ansible" ANSIBLE_REMOTE_TMP="$folder/ansible" \
         ansible-playbook --inventory "$folder/inventory.json" deploy/install.yml || result=$?
     [[ $result = 0 || $result = 2 ]] || exit "$result" # 2: some have failed
