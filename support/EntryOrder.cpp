@@ -7,23 +7,29 @@ namespace {
 using enum Says;
 
 /// Entries that no other program's log has: one of these tells that the beginning of this one is missing.
-constexpr EntrySet Unmistakable{Title, Searching, NotRunning, Extracting, Waiting, Deleting, Complete};
+constexpr EntrySet Unmistakable{Title, Searching, NotRunning, Extracting, Waiting, Complete};
 
 /// What ends in a description of somebody else's and its code.
 constexpr EntrySet Descriptions{NotClosed, Failed, NotStarted};
 
 constexpr EntrySet Values{Value, Setting, Policy};
 
+/// What repeats a path that stands in a value.
+constexpr EntrySet Paths{FileExists, FileMissing, Win32Native, Win32Wow64, Win64Native, Win64Wow64};
+
+constexpr EntrySet TheReport = EntrySet::Range(Title, BitnessEnd);
+constexpr EntrySet APass = EntrySet::Range(WorkerBegins, PoliciesEnd);
+constexpr EntrySet TheEnd = EntrySet::Range(Complete, Ended);
+
+/// Strings that imitate entries are remembered in this number.
+constexpr std::size_t MaxImitations = 8;
+
 /// What both threads write, in full, while the other one may be writing.
 constexpr EntrySet OfBothThreads{Complete, WaitingForSignal, StartingOneNote, StartedOneNote, Ended};
 
-/// A string is at its end with its kind.
-bool EndsAString(std::wstring_view text) {
-    return text.ends_with(L" (String)") || text.ends_with(L" (String expand)");
-}
-
+/// A string is at its end with its kind, a description with its code.
 bool Ends(std::wstring_view text) {
-    return EndsAString(text) || CodeAtEnd(text);
+    return text.ends_with(L" (String)") || text.ends_with(L" (String expand)") || CodeAtEnd(text);
 }
 
 /// True when the entry has a string or a description that goes on behind a line break.
@@ -32,31 +38,31 @@ bool LeavesOpen(const LogRule& rule, const LogEntry& entry) {
                            (Values.Contains(rule.says) && !rule.Matches(entry.text)));
 }
 
+std::wstring_view FirstLine(std::wstring_view text) {
+    return text.substr(0, text.find(L'\n'));
+}
+
 } // namespace
 
 bool EntryOrder::IsInTheLastBlock() const {
     return title_ != nullptr && (title_ + 1)->says != Title;
 }
 
-bool EntryOrder::IsBehindTheReport() const {
-    return IsInTheLastBlock() && EntrySet{BlockEnd, FileExists, FileMissing, BitnessEnd}.Contains(place_->says);
-}
-
 bool EntryOrder::IsBehindAPass() const {
-    return place_ != nullptr && EntrySet::Range(Complete, Ended).Contains(place_->says);
+    return place_ != nullptr && TheEnd.Contains(place_->says);
 }
 
 bool EntryOrder::MayStandHere(const LogRule& rule) const {
     if (rule.says == Running)
-        return true;
+        return place_ == nullptr || IsBehindAPass();
     if (place_ == nullptr)
         return Unmistakable.Contains(rule.says);
     if (mayHaveSkipped_ && &rule > place_)
         return true;
+    if (rule.says == WorkerBegins) // a string may have imitated the end of the block
+        return TheReport.Contains(place_->says) && (title_ == nullptr || IsInTheLastBlock());
     if (!rule.after.Contains(place_->says))
         return false;
-    if (rule.says == WorkerBegins)
-        return IsBehindTheReport();
     return rule.says != Title || title_ == nullptr || &rule > title_;
 }
 
@@ -72,23 +78,40 @@ const LogRule* EntryOrder::FindHere(std::wstring_view text) const {
     return open != rules.end() ? &*open : nullptr;
 }
 
-const LogRule* EntryOrder::FindInAnEarlierReport(std::wstring_view text) const {
-    const auto rules = LogRules();
-    const auto found = std::ranges::find_if(rules, [&](const LogRule& rule) {
-        return EntrySet{Title, Value}.Contains(rule.says) && rule.Matches(text);
-    });
-    const bool isEarlier = found != rules.end() && place_ != nullptr && &*found <= place_;
-    return isEarlier && !EntrySet::Range(Running, HeadEnd).Contains(place_->says) ? &*found : nullptr;
+/// The nearest one. An empty entry says nothing, and the head is written once.
+const LogRule* EntryOrder::FindEarlier(std::wstring_view text) const {
+    const LogRule* nearest = nullptr;
+    if (place_ == nullptr || text.find_first_not_of(L' ') == std::wstring_view::npos)
+        return nearest;
+    for (const LogRule& rule : LogRules()) {
+        const bool isEarlier = (TheReport.Contains(rule.says) || APass.Contains(rule.says)) && &rule <= place_ &&
+                               !EntrySet::Range(Running, HeadEnd).Contains(place_->says);
+        const bool contradicts = rule.says == Failed && place_->says > HeadEnd;
+        if ((isEarlier || contradicts) && rule.Matches(text))
+            nearest = &rule;
+    }
+    return nearest;
+}
+
+/// As a program writes it that knows more languages, or an editor that knows fewer letters.
+bool EntryOrder::IsFailureOfAnotherLanguage(std::wstring_view text) const {
+    return place_ != nullptr && APass.Contains(place_->says) && text.starts_with(L"ERROR: ") &&
+           text.find(L"\n\n") == FirstLine(text).size() && CodeAtEnd(text);
 }
 
 const LogRule* EntryOrder::Take(const LogEntry& entry) {
     wentBack_ = false;
-    const LogRule* rule = nullptr;
-    if (!isOpen_ || LogRules().front().Matches(entry.text))
-        rule = FindHere(entry.text);
-    if (rule == nullptr && !isOpen_) {
-        rule = FindInAnEarlierReport(entry.text);
+    const bool begins = entry.beginsAFile && LogRules().front().Matches(entry.text);
+    if (!begins && IsPartOfAString(entry))
+        return nullptr;
+    const LogRule* rule = begins ? &LogRules().front() : FindHere(entry.text);
+    if (rule == nullptr) {
+        rule = FindEarlier(entry.text);
         wentBack_ = rule != nullptr;
+    }
+    if (rule == nullptr && IsFailureOfAnotherLanguage(entry.text)) {
+        rule = &*std::ranges::find(LogRules(), Failed, &LogRule::says);
+        CountUnknown(entry);
     }
     if (rule != nullptr)
         Believe(*rule, entry);
@@ -97,35 +120,65 @@ const LogRule* EntryOrder::Take(const LogEntry& entry) {
     return rule;
 }
 
+bool EntryOrder::IsPartOfAString(const LogEntry& entry) {
+    if (isOpen_) {
+        isOpen_ = !Ends(entry.text);
+        if (Values.Contains(place_->says) && !imitations_.empty())
+            ++imitations_.back().second;
+    } else if (repeated_ != 0) {
+        --repeated_;
+    } else {
+        return false;
+    }
+    ++disbelieved_;
+    return true;
+}
+
 void EntryOrder::Believe(const LogRule& rule, const LogEntry& entry) {
     if (rule.says == Title)
         title_ = &rule;
-    else if (wentBack_ || rule.says == Running)
-        title_ = nullptr; // a string may have imitated titles too: any one may follow
+    else if (rule.says == Running || (wentBack_ && TheReport.Contains(rule.says)))
+        title_ = nullptr; // any one may follow: what is imitated may have titles too
     if (wentBack_)
         ++disbelieved_;
     place_ = &rule;
+    mayHaveSkipped_ = wentBack_;
+    repeated_ = 0;
+    Open(rule, entry);
+}
+
+void EntryOrder::Open(const LogRule& rule, const LogEntry& entry) {
     isOpen_ = LeavesOpen(rule, entry);
-    mayHaveSkipped_ = false;
+    const std::wstring_view line = FirstLine(entry.text);
+    if (isOpen_ && rule.says == Value) {
+        const std::size_t value = line.find(L" - ");
+        imitations_.emplace_back(line.substr(value != std::wstring_view::npos ? value + 3 : 0), 0);
+        if (imitations_.size() > MaxImitations)
+            imitations_.erase(imitations_.begin());
+    } else if (Paths.Contains(rule.says)) {
+        for (const auto& [path, entries] : imitations_)
+            repeated_ = line.ends_with(L' ' + path) ? entries : repeated_;
+    }
 }
 
 void EntryOrder::Refuse(const LogEntry& entry) {
     const auto rules = LogRules();
     if (place_ == nullptr)
         return; // of a log whose beginning is missing, or of another program's
-    if (isOpen_) {
-        ++disbelieved_;
-        isOpen_ = !Ends(entry.text);
-    } else if (!entry.whole && entry.text.find_first_not_of(L' ') == std::wstring::npos) {
+    if (!entry.whole && entry.text.find_first_not_of(L' ') == std::wstring::npos)
         return; // the log is cut off here
-    } else if (std::ranges::any_of(rules, [&](const LogRule& rule) { return rule.Matches(entry.text); })) {
+    if (std::ranges::any_of(rules, [&](const LogRule& rule) { return rule.Matches(entry.text); })) {
         ++disbelieved_;
     } else if (entry.whole ||
                std::ranges::none_of(rules, [&](const LogRule& rule) { return rule.MayBegin(entry.text); })) {
-        if (++unknown_ == 1)
-            firstUnknown_ = entry.text;
-        mayHaveSkipped_ = EntrySet::Range(WorkerBegins, Ended).Contains(place_->says);
+        CountUnknown(entry);
+        mayHaveSkipped_ = APass.Contains(place_->says) || TheEnd.Contains(place_->says);
     }
+}
+
+void EntryOrder::CountUnknown(const LogEntry& entry) {
+    if (++unknown_ == 1)
+        firstUnknown_ = entry.text;
 }
 
 std::optional<std::vector<std::wstring>> TakeApart(std::wstring_view text) {

@@ -55,7 +55,6 @@ struct Findings {
     std::wstring version;
     std::wstring commandLine;
     std::optional<std::chrono::local_seconds> begun;
-    std::chrono::local_seconds ended{};
     /// Nothing when the log lacks the command line.
     std::optional<bool> attended;
     /// "de". Only a failure tells.
@@ -69,7 +68,7 @@ struct Findings {
     std::vector<std::wstring> terminated;
     /// Settings that were deleted or changed.
     std::vector<std::wstring> repaired;
-    /// How long each step took in all.
+    /// How long each step took in all. A clock that is set back counts as none.
     std::array<std::chrono::seconds, StepCount> took{};
     /// Entries that no rule knows.
     std::size_t unknown = 0;

@@ -11,6 +11,6 @@
 Findings ReadLogFile(const std::filesystem::path& file);
 
 /// The logs that an argument names: itself, every "*.log" in a folder and in the folders below it, or the files that a
-/// wildcard in its last part fits, in the order of their names. None when there are none. A folder that can't be read
-/// counts as empty.
+/// wildcard in its last part fits, in the order of their names. None when there are none. Links to folders are not
+/// followed. A folder that can't be listed stands among the logs itself, as one that can't be read.
 std::vector<std::filesystem::path> FindLogs(const std::wstring& argument);

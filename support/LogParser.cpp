@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -75,18 +76,28 @@ std::wstring FromUtf8(std::string_view bytes) {
     return text;
 }
 
-/// The end matters: it closes what the entry tells. Drops what is in the middle.
+/// The end matters: it closes what the entry tells. Drops what is in the middle, and not at every line.
 void Shorten(std::wstring& text) {
-    constexpr std::size_t Half = LogParser::MaxEntryLength / 2;
+    constexpr std::size_t Kept = LogParser::MaxEntryLength / 4; // at either end
     if (text.size() > LogParser::MaxEntryLength)
-        text.erase(Half, text.size() - 2 * Half);
+        text.erase(Kept, text.size() - 2 * Kept);
 }
+
+/// Those at every other place.
+std::size_t CountZeros(std::string_view bytes, std::size_t first) {
+    std::size_t count = 0;
+    for (std::size_t place = first; place < bytes.size(); place += 2)
+        count += bytes[place] == '\0' ? 1U : 0U;
+    return count;
+}
+
+constexpr std::size_t EnoughToDetect = 256; // bytes
 
 } // namespace
 
 std::optional<std::chrono::local_seconds> TimeOfEntry(std::wstring_view text) {
     using namespace std::chrono;
-    if (text.size() < TimeLength || !HasTimeLayout(text))
+    if (text.size() < TimeLength - 1 || !HasTimeLayout(text))
         return std::nullopt;
     const auto dayOfWeek = PlaceOf(text.substr(0, 3), L"SunMonTueWedThuFriSat");
     const auto month = PlaceOf(text.substr(4, 3), L"JanFebMarAprMayJunJulAugSepOctNovDec");
@@ -105,7 +116,7 @@ std::optional<std::chrono::local_seconds> TimeOfEntry(std::wstring_view text) {
 
 void LogParser::Feed(std::span<const char> bytes) {
     undecoded_.append(bytes.data(), bytes.size());
-    if (encoding_ == Encoding::Unknown && undecoded_.size() >= 3)
+    if (encoding_ == Encoding::Unknown && undecoded_.size() >= EnoughToDetect)
         Detect();
     if (encoding_ != Encoding::Unknown)
         Decode();
@@ -116,6 +127,7 @@ void LogParser::Finish() {
         Detect();
         Decode();
     }
+    line_.resize(line_.find_last_not_of(L'\0') + 1);
     if (line_.size() < TimeLength && HasTimeLayout(line_))
         line_.clear();
     const bool whole = line_.empty();
@@ -125,13 +137,12 @@ void LogParser::Finish() {
 }
 
 void LogParser::Detect() {
-    if (undecoded_.starts_with("\xEF\xBB\xBF")) {
-        encoding_ = Encoding::Utf8;
-        undecoded_.erase(0, 3);
-    } else {
-        const bool wide = undecoded_.starts_with("\xFF\xFE") || (undecoded_.size() >= 2 && undecoded_[1] == '\0');
-        encoding_ = wide ? Encoding::Utf16 : Encoding::Utf8;
-    }
+    const std::string_view beginning = std::string_view(undecoded_).substr(0, EnoughToDetect);
+    const std::size_t even = CountZeros(beginning, 0);
+    const std::size_t odd = CountZeros(beginning, 1);
+    encoding_ = undecoded_.starts_with("\xFF\xFE") || even + odd != 0 ? Encoding::Utf16 : Encoding::Utf8;
+    if (even > odd)
+        undecoded_.erase(0, 1); // the second half of a character
 }
 
 void LogParser::Decode() {
@@ -161,19 +172,22 @@ void LogParser::AddText(std::wstring_view text) {
 }
 
 void LogParser::EndLine() {
+    constexpr wchar_t ByteOrderMark = L'\xFEFF';
     if (line_.ends_with(L'\r'))
         line_.pop_back();
-    if (line_.starts_with(L'\xFEFF'))
-        line_.erase(0, 1);
-    if (line_.ends_with(L'\xFEFF'))
-        line_.pop_back(); // another log was appended
+    // A log begins with it and a line break. So it also ends the last line of a log to which another one was added.
+    const bool hasMark = line_.starts_with(ByteOrderMark) || line_.ends_with(ByteOrderMark);
+    std::erase(line_, ByteOrderMark);
     if (const auto time = TimeOfEntry(line_)) {
         Deliver(true);
-        entry_ = LogEntry{.time = *time, .text = line_.substr(TimeLength)};
+        entry_ = LogEntry{.time = *time,
+                          .text = line_.substr(std::min(line_.size(), TimeLength)),
+                          .beginsAFile = std::exchange(hadByteOrderMark_, false)};
     } else if (entry_) {
         entry_->text.append(L"\n").append(line_);
         Shorten(entry_->text);
     }
+    hadByteOrderMark_ = hadByteOrderMark_ || hasMark;
     isEmpty_ = isEmpty_ && !entry_ && line_.empty();
     line_.clear();
 }

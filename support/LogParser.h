@@ -17,13 +17,17 @@ struct LogEntry {
     std::wstring text;
     /// A line break follows, so that nothing of the entry can be missing.
     bool whole = false;
+    /// A byte-order mark stands before it: the first entry of a file, of which several may have been put into one.
+    bool beginsAFile = false;
 };
 
 /// Makes entries of a file's bytes, which may come in pieces of any size. What it keeps does not grow with the file.
 ///
 /// The text is UTF-16LE, with or without a byte-order mark, as the installer writes it; or UTF-8, as which an editor or
-/// a mail program may have saved it. An entry begins with a line that begins with a time in the layout of asctime and
-/// " - ", and ends before the next one. Throws only when there is no memory left.
+/// a mail program may have saved it, perhaps without the blanks at the ends of lines. Half a character at the beginning
+/// is left out, and so are zeros at the end, as a machine leaves them that dies while it writes. An entry begins with a
+/// line that begins with a time in the layout of asctime and " - ", and ends before the next one. Throws only when
+/// there is no memory left.
 class LogParser {
 public:
     static constexpr std::size_t MaxEntryLength = 65536;
@@ -37,9 +41,6 @@ public:
 
     /// Nothing but line breaks, or the beginning of a time, has come so far.
     bool IsEmpty() const { return isEmpty_; }
-
-    /// What has come ends in the middle of a character.
-    bool EndsInsideACharacter() const { return !undecoded_.empty(); }
 
 private:
     enum class Encoding { Unknown, Utf16, Utf8 };
@@ -56,11 +57,12 @@ private:
     std::wstring line_;
     std::optional<LogEntry> entry_;
     bool isEmpty_ = true;
+    bool hadByteOrderMark_ = false;
 };
 
 /// The time with which the text begins, if it begins as an entry does. A date that does not exist is none, and neither
 /// is one with another day of the week.
 std::optional<std::chrono::local_seconds> TimeOfEntry(std::wstring_view text);
 
-/// The length of "Sat Nov 21 21:14:32 2026 - ", in characters.
+/// The length of "Sat Nov 21 21:14:32 2026 - ", in characters. The last blank may be missing at the end of a line.
 inline constexpr std::size_t TimeLength = 27;

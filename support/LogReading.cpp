@@ -40,7 +40,7 @@ void AddOnce(std::vector<std::wstring>& list, std::wstring text) {
 std::wstring_view InGap(const LogRule& rule, std::wstring_view text) {
     const std::size_t gap = rule.text.find(L'…');
     const std::wstring_view behind = rule.text.substr(gap + 1);
-    text.remove_prefix(gap);
+    text.remove_prefix(std::min(gap, text.size())); // the blank before it may be missing
     return text.substr(0, text.size() - (behind.find(L'…') == std::wstring_view::npos ? behind.size() : 0));
 }
 
@@ -49,10 +49,20 @@ std::wstring_view ReportedString(std::wstring_view value) {
     for (const std::wstring_view kind : {L" (String)", L" (String expand)"}) {
         if (value.ends_with(kind)) {
             value.remove_suffix(kind.size());
-            return value.substr(0, value.find(L'\0'));
+            value = value.substr(0, value.find(L'\0'));
+            return value.substr(0, value.find_last_not_of(L' ') + 1); // as which many editors show the NUL
         }
     }
     return {};
+}
+
+/// How many characters a string has, with its NUL: shorter ones are no paths to the installer.
+std::size_t StoredLength(std::wstring_view value) {
+    for (const std::wstring_view kind : {L" (String)", L" (String expand)"}) {
+        if (value.ends_with(kind))
+            return value.size() - kind.size();
+    }
+    return 0;
 }
 
 /// True when the value is one of the two views' entry of that path.
@@ -64,16 +74,17 @@ bool IsOfEitherView(std::wstring_view path, std::wstring_view native) {
     return path == native;
 }
 
-/// As the installer reads its command line: the last argument is no option.
+/// As the installer reads its command line: the last argument is no option, and of several paths the last one counts.
 bool HasConfiguration(const std::wstring& commandLine) {
     int count = 0;
     const std::unique_ptr<wchar_t*, decltype(&LocalFree)> arguments(CommandLineToArgvW(commandLine.c_str(), &count),
                                                                     &LocalFree);
+    bool isGiven = false;
     for (int index = 0; index < count - 1; ++index) {
-        if (std::wstring_view(arguments.get()[index]) == L"/config" && *arguments.get()[index + 1] != L'\0')
-            return true;
+        if (std::wstring_view(arguments.get()[index]) == L"/config")
+            isGiven = *arguments.get()[index + 1] != L'\0';
     }
-    return false;
+    return isGiven;
 }
 
 /// The installer takes a path as it is: what has a "%", or the number of a resource at its end, names no file.
@@ -96,9 +107,10 @@ void LogReading::Take(const LogEntry& entry) {
         TakeOne(entry);
         return;
     }
-    wereInterleaved_ = true;
+    bool areBelieved = true;
     for (const std::wstring& text : *texts)
-        TakeOne({.time = entry.time, .text = text, .whole = true});
+        areBelieved = TakeOne({.time = entry.time, .text = text, .whole = true}) && areBelieved;
+    wereInterleaved_ = wereInterleaved_ || areBelieved;
 }
 
 /// Two threads write behind a pass, and what comes is more or less than one entry.
@@ -111,27 +123,30 @@ bool LogReading::IsMixedUp(const LogEntry& entry) const {
     return order_.IsBehindAPass() && entry.whole && !isKnown;
 }
 
-void LogReading::TakeOne(const LogEntry& entry) {
+/// False when it is not believed.
+bool LogReading::TakeOne(const LogEntry& entry) {
     const LogRule* const rule = order_.Take(entry);
     isAtItsBeginning_ = last_ == nullptr && !entry.whole && LogRules().front().MayBegin(entry.text);
     if (rule == nullptr)
-        return;
+        return false;
     if (rule->says == Running || last_ == nullptr)
         BeginRun(*rule, entry);
     if (order_.WentBack())
-        ForgetPasses();
+        GoBack(rule->says);
     PassTime(*rule, entry.time);
     lastValueOfBlock_ = false;
     TakeRepair(rule->says);
     Act(*rule, entry.text);
     last_ = rule;
     lastIsWhole_ = entry.whole;
+    unknownSoFar_ = order_.Unknown();
+    return true;
 }
 
 void LogReading::BeginRun(const LogRule& rule, const LogEntry& entry) {
     findings_ = Findings{};
     findings_.begun = entry.time;
-    findings_.ended = entry.time;
+    lastTime_ = entry.time;
     beginningIsMissing_ = rule.says != Running;
     oneNoteVersion_.clear();
     officeVersion_.clear();
@@ -161,21 +176,33 @@ void LogReading::ForgetPasses() {
     deletion_.clear();
 }
 
+void LogReading::GoBack(Says says) {
+    if (says <= PassBegins)
+        ForgetPasses();
+    else
+        BeginPass();
+}
+
 void LogReading::PassTime(const LogRule& rule, std::chrono::local_seconds time) {
-    const std::chrono::seconds passed = time - findings_.ended;
+    const std::chrono::seconds passed = time - lastTime_;
     const RunStep step = rule.says == WorkerBegins ? StepBehindTheReport() : last_ != nullptr ? last_->step : rule.step;
     if (passed < 0s)
         clockWentBack_ = true;
     else
         findings_.took.at(static_cast<std::size_t>(step)) += passed;
-    findings_.ended = time;
+    lastTime_ = time;
 }
 
-/// The empty entry at its end may not be on disk.
+/// Its last entry may not be on disk. In the last block stand a line for each path, and what was looked at for the
+/// bitness when this is the version that counts.
 bool LogReading::EndsWithTheReport() const {
-    return order_.IsInTheLastBlock() &&
-           (lastValueOfBlock_ ||
-            EntrySet{BlockEnd, FileExists, FileMissing, Is32Bit, Is64Bit, BitnessEnd}.Contains(last_->says));
+    if (!order_.IsInTheLastBlock())
+        return false;
+    if (!officeVersion_.empty() && order_.Block()->text.substr(OfficeLibrary.size()) == officeVersion_)
+        return EntrySet{Is32Bit, Is64Bit, BitnessEnd}.Contains(last_->says);
+    if (EntrySet{BlockEnd, FileExists, FileMissing}.Contains(last_->says))
+        return files_ <= 1;
+    return lastValueOfBlock_ && files_ == 0;
 }
 
 RunStep LogReading::StepBehindTheReport() const {
@@ -208,7 +235,14 @@ void LogReading::Act(const LogRule& rule, const std::wstring& text) {
     case Value:
         TakeValue(text);
         break;
+    case Title:
+        files_ = 0;
+        break;
+    case FileExists:
+        --files_;
+        break;
     case FileMissing:
+        --files_;
         if (Registration* const reported = Reported(); reported != nullptr && NamesAFile(InGap(rule, text)))
             reported->fileIsMissing = true;
         break;
@@ -238,8 +272,9 @@ void LogReading::Act(const LogRule& rule, const std::wstring& text) {
     case NotClosed:
         NoteOneNoteError(L"OneNote's windows could not be asked to close", text);
         break;
-    case Terminating:
-        AddOnce(findings_.terminated, process_ == L"datebk.exe" ? L"datebk.exe" : L"onenote.exe");
+    case NotRunning:
+        if (last_ != nullptr && last_->says == Terminating)
+            AddOnce(findings_.terminated, process_ == L"datebk.exe" ? L"datebk.exe" : L"onenote.exe");
         break;
     case Deleting:
         deletion_ = InGap(rule, text);
@@ -250,6 +285,7 @@ void LogReading::Act(const LogRule& rule, const std::wstring& text) {
         break;
     case Complete:
         isComplete_ = true;
+        hasFailed_ = false;
         break;
     case Failed:
         TakeFailure(last_, text);
@@ -275,9 +311,12 @@ void LogReading::TakeValue(std::wstring_view text) {
     if (end == std::wstring_view::npos)
         return;
     const std::wstring_view path = text.substr(0, end);
-    const std::wstring value(ReportedString(text.substr(end + Separator.size())));
+    const std::wstring_view kept = text.substr(end + Separator.size());
+    const std::wstring value(ReportedString(kept));
     const bool isNative = path.find(L"Wow6432Node") == std::wstring_view::npos;
     lastValueOfBlock_ = !isNative && path.ends_with(L"\\FLAGS\\@");
+    if ((path.ends_with(L"\\0\\Win32\\@") || path.ends_with(L"\\0\\Win64\\@")) && StoredLength(kept) >= 5)
+        ++files_;
     const bool isOneNote = std::ranges::any_of(
         OneNotePrograms, [path](std::wstring_view program) { return IsOfEitherView(path, program); });
     if (isOneNote && findings_.oneNote.path.empty())
@@ -309,12 +348,13 @@ void LogReading::TakeBitness(Registration::Bitness bitness) {
 
 void LogReading::TakeFailure(const LogRule* behind, const std::wstring& text) {
     hasFailed_ = true;
+    isComplete_ = false;
     findings_.code = CodeAtEnd(text);
     findings_.language = FailureLanguage(text);
     const std::size_t message = text.find_first_not_of(L'\n', text.find(L'\n'));
     findings_.message = message != std::wstring::npos ? text.substr(message) : L"";
-    if (behind == nullptr)
-        return;
+    if (behind == nullptr || order_.Unknown() != unknownSoFar_)
+        return; // who knows what it stands behind
     findings_.step = behind->step;
     const auto cause = std::ranges::find_if(
         Causes(), [behind](const Cause& candidate) { return candidate.behind.Contains(behind->says); });
@@ -366,14 +406,12 @@ void LogReading::NoteTheFile() {
     if (clockWentBack_)
         Note(L"The clock was set back meanwhile: the times are not to be relied on.");
     if (const std::size_t count = order_.Disbelieved(); count != 0) {
-        Note(std::to_wstring(count) + L" entries are not where the installer writes them, and were not believed: a "
-                                      L"string imitates them, or parts of the log are missing.");
+        Note(L"Entries in places where the installer writes none: " + std::to_wstring(count) +
+             L". They were not believed: a string imitates them, or parts of the log are missing.");
     }
     if (const std::size_t count = order_.Unknown(); count != 0) {
-        Note(std::to_wstring(count) +
-             L" entries are none that this reader knows: the log may be of another version. "
-             L"The first one: " +
-             order_.FirstUnknown().substr(0, 200));
+        Note(L"Entries unknown to this reader: " + std::to_wstring(count) +
+             L". The log may be of another version. The first one: " + order_.FirstUnknown().substr(0, 200));
     }
 }
 

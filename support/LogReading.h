@@ -20,10 +20,11 @@ public:
 
 private:
     bool IsMixedUp(const LogEntry& entry) const;
-    void TakeOne(const LogEntry& entry);
+    bool TakeOne(const LogEntry& entry);
     void BeginRun(const LogRule& rule, const LogEntry& entry);
     void BeginPass();
     void ForgetPasses();
+    void GoBack(Says says);
     void PassTime(const LogRule& rule, std::chrono::local_seconds time);
     void Act(const LogRule& rule, const std::wstring& text);
     void TakeValue(std::wstring_view text);
@@ -45,8 +46,13 @@ private:
     /// The last entry that was believed, and its time.
     const LogRule* last_ = nullptr;
     bool lastIsWhole_ = false;
+    std::chrono::local_seconds lastTime_{};
+    /// How many unknown entries had come before it.
+    std::size_t unknownSoFar_ = 0;
     /// It is the last line of a type library's block.
     bool lastValueOfBlock_ = false;
+    /// Paths of the block for which no line has come that tells of a file.
+    int files_ = 0;
     /// The first entry is cut off.
     bool isAtItsBeginning_ = false;
     int runs_ = 0;

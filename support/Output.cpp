@@ -8,6 +8,7 @@
 #include <array>
 #include <chrono>
 #include <iterator>
+#include <numeric>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -44,7 +45,7 @@ std::wstring TimeText(const Findings& findings) {
 }
 
 std::chrono::seconds Lasted(const Findings& findings) {
-    return findings.begun ? findings.ended - *findings.begun : std::chrono::seconds(0);
+    return std::accumulate(findings.took.begin(), findings.took.end(), std::chrono::seconds(0));
 }
 
 /// "1 min 50 s"
@@ -76,10 +77,6 @@ std::wstring RegistrationText(const Registration& registration) {
 bool HasStep(const Findings& findings) {
     return findings.verdict == Verdict::Failed || findings.verdict == Verdict::Unfinished ||
            findings.verdict == Verdict::Asked;
-}
-
-std::wstring StepName(const Findings& findings) {
-    return HasStep(findings) ? StepTexts()[static_cast<std::size_t>(findings.step)].name : L"";
 }
 
 const ErrorCode* Error(const Findings& findings) {
@@ -218,7 +215,7 @@ std::wstring Line(const std::filesystem::path& file, const Findings& findings) {
 
 /// The same in JSON and CSV, where a list's items are separated by "; ".
 struct Field {
-    enum class Kind : std::uint8_t { Text, Number, Truth, List };
+    enum class Kind : std::uint8_t { Text, Number, Truth, List, Times };
 
     const wchar_t* name;
     Kind kind;
@@ -241,32 +238,44 @@ Field List(const wchar_t* name, const Lines& values) {
     return {name, Field::Kind::List, values};
 }
 
+/// "search 61", in seconds.
+Field Times(const wchar_t* name, const Findings& findings) {
+    return {name, Field::Kind::Times,
+            StepTimes(findings, [](std::chrono::seconds took) { return std::to_wstring(took.count()); })};
+}
+
 std::vector<Field> FieldsOf(const std::filesystem::path& file, const Findings& findings) {
-    return {
-        Text(L"file", file.wstring()),
-        Text(L"verdict", std::wstring(VerdictName(findings.verdict))),
-        Text(L"code", CodeText(findings)),
-        Text(L"step", StepName(findings)),
-        Text(L"cause", findings.cause != nullptr ? findings.cause : L""),
-        Text(L"meaning", Meaning(findings)),
-        Text(L"advice", Advice(findings)),
-        Text(L"message", findings.message),
-        Text(L"version", findings.version),
-        Text(L"begun", TimeText(findings)),
-        Number(L"seconds", Lasted(findings).count()),
-        Truth(L"attended", findings.attended),
-        Text(L"language", findings.language),
-        Truth(L"asked", findings.asked),
-        Number(L"passes", findings.passes),
-        Text(L"oneNote", RegistrationText(findings.oneNote)),
-        Text(L"office", RegistrationText(findings.office)),
-        List(L"terminated", findings.terminated),
-        List(L"repaired", findings.repaired),
-        List(L"steps", StepTimes(findings, [](std::chrono::seconds took) { return std::to_wstring(took.count()); })),
-        List(L"notes", findings.notes)};
+    return {Text(L"file", file.wstring()),
+            Text(L"verdict", std::wstring(VerdictName(findings.verdict))),
+            Text(L"code", CodeText(findings)),
+            Text(L"step", StepName(findings)),
+            Text(L"cause", findings.cause != nullptr ? findings.cause : L""),
+            Text(L"meaning", Meaning(findings)),
+            Text(L"advice", Advice(findings)),
+            Text(L"message", findings.message),
+            Text(L"version", findings.version),
+            Text(L"begun", TimeText(findings)),
+            Number(L"seconds", Lasted(findings).count()),
+            Truth(L"attended", findings.attended),
+            Text(L"commandLine", findings.commandLine),
+            Text(L"language", findings.language),
+            Truth(L"asked", findings.asked),
+            Number(L"passes", findings.passes),
+            Text(L"oneNote", std::wstring(BitnessText(findings.oneNote.bitness))),
+            Text(L"oneNotePath", findings.oneNote.path),
+            Text(L"office", std::wstring(BitnessText(findings.office.bitness))),
+            Text(L"officePath", findings.office.path),
+            List(L"terminated", findings.terminated),
+            List(L"repaired", findings.repaired),
+            Times(L"steps", findings),
+            Number(L"unknown", static_cast<long long>(findings.unknown)),
+            Number(L"disbelieved", static_cast<long long>(findings.disbelieved)),
+            List(L"notes", findings.notes)};
 }
 
 std::wstring CsvField(std::wstring text) {
+    if (!text.empty() && std::wstring_view(L"=+-@\t").find(text.front()) != std::wstring_view::npos)
+        text.insert(0, 1, L'\''); // a spreadsheet would take it for a formula
     for (std::size_t quote = text.find(L'"'); quote != std::wstring::npos; quote = text.find(L'"', quote + 2))
         text.insert(quote, 1, L'"');
     return text.find_first_of(L",\"\r\n") != std::wstring::npos ? L'"' + text + L'"' : text;
@@ -299,12 +308,28 @@ std::wstring JsonString(const std::wstring& text) {
     return json + L'"';
 }
 
+/// "search 61" is the member "search": 61.
+std::wstring JsonTime(const std::wstring& time) {
+    const std::size_t end = time.find(L' ');
+    return JsonString(time.substr(0, end)) + L":" + time.substr(end);
+}
+
 std::wstring JsonValue(const Field& field) {
-    if (field.kind == Field::Kind::Number || field.kind == Field::Kind::Truth)
+    Lines values;
+    switch (field.kind) {
+    case Field::Kind::Number:
+    case Field::Kind::Truth:
         return field.values.front().empty() ? L"null" : field.values.front();
-    Lines strings;
-    std::ranges::transform(field.values, std::back_inserter(strings), JsonString);
-    return field.kind == Field::Kind::List ? L'[' + Joined(strings, L", ") + L']' : strings.front();
+    case Field::Kind::Text:
+        return JsonString(field.values.front());
+    case Field::Kind::List:
+        std::ranges::transform(field.values, std::back_inserter(values), JsonString);
+        return L'[' + Joined(values, L", ") + L']';
+    case Field::Kind::Times:
+        std::ranges::transform(field.values, std::back_inserter(values), JsonTime);
+        return L'{' + Joined(values, L", ") + L'}';
+    }
+    return {};
 }
 
 std::wstring JsonObject(const std::vector<Field>& fields) {
@@ -319,7 +344,7 @@ std::wstring JsonObject(const std::vector<Field>& fields) {
 
 std::wstring OutputBegin(Format format) {
     if (format == Format::Csv)
-        return CsvHeader();
+        return L'\xFEFF' + CsvHeader(); // without the mark spreadsheets take the bytes for ANSI
     return format == Format::Json ? L"[" : L"";
 }
 
@@ -343,4 +368,8 @@ std::wstring OutputEnd(Format format) {
 
 std::wstring_view VerdictName(Verdict verdict) {
     return VerdictNames.at(static_cast<std::size_t>(verdict));
+}
+
+std::wstring StepName(const Findings& findings) {
+    return HasStep(findings) ? StepTexts()[static_cast<std::size_t>(findings.step)].name : L"";
 }

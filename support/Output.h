@@ -17,8 +17,9 @@ enum class Format : std::uint8_t {
     Csv,
 };
 
-// Every text has its line breaks, CR LF, and stands behind the one before. Characters that would steer a console are
-// replaced. Texts of a log stand in JSON as strings, in CSV between quotes (RFC 4180).
+// Every text has its line breaks, CR LF, and stands behind the one before. For a person, characters that would steer a
+// console are replaced. CSV is as RFC 4180 has it, with a byte-order mark; what a spreadsheet would take for a formula
+// has an apostrophe in front.
 
 /// What stands before the first log.
 std::wstring OutputBegin(Format format);
@@ -31,3 +32,6 @@ std::wstring OutputEnd(Format format);
 
 /// "installed", for machines and for the lines.
 std::wstring_view VerdictName(Verdict verdict);
+
+/// "search": where the run failed or ended. Empty of one that has installed, and without a log.
+std::wstring StepName(const Findings& findings);

@@ -135,9 +135,9 @@ constexpr std::array AllRules = std::to_array<LogRule>({
 constexpr std::array AllSteps = std::to_array<StepText>({
     {RunStep::Report, L"report", L"looking at the machine."},
     {RunStep::Question, L"question",
-     L"asking the user, or the user chose the 32-bit installer, or Windows could not show the question. Otherwise as "
-     L"in the next row."},
-    {RunStep::Window, L"window", L"making its window or its worker, which failed."},
+     L"asking the user about a 32-bit OneNote. When the run has ended: the user chose the 32-bit installer, or there "
+     L"could be no question or no window."},
+    {RunStep::Window, L"window", L"making its window or its worker. When the run has ended, that failed."},
     {RunStep::Search, L"search", L"waiting for OneNote or Datebookery."},
     {RunStep::Payload, L"payload", L"writing the elevated installer."},
     {RunStep::Elevation, L"elevation",
@@ -223,6 +223,8 @@ std::wstring FailureText(const LanguageRow& language) {
 /// end.
 bool FitsGaps(std::wstring_view entry, std::wstring_view quote) {
     std::size_t gap = quote.find(AnyText);
+    if (gap + 1 == quote.size() && entry == WithoutBlanksAtEnd(quote.substr(0, gap)))
+        return true; // an editor has taken the blank away behind which there is nothing
     if (!entry.starts_with(quote.substr(0, gap)))
         return false;
     entry.remove_prefix(gap);

@@ -9,26 +9,28 @@
 #include <shellapi.h>
 
 #include <algorithm>
-#include <array>
+#include <cwchar>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace {
 
-constexpr wchar_t Usage[] =
-    L"Usage: VellumkitLog [/json | /csv] PATH...\r\n"
-    L"\r\n"
-    L"Says what came of installations of Vellumkit, from their logs (Vellumkit_Install.log). PATH is a log, a folder,\r\n"
-    L"whose *.log files are read, and those in the folders below it, or a wildcard. A single log gets a page, several\r\n"
-    L"ones a line each.\r\n"
-    L"\r\n"
-    L"  /json  everything, for programs\r\n"
-    L"  /csv   the same as a table with a header\r\n"
-    L"  /?     this text\r\n"
-    L"\r\n"
-    L"Exit code: 0 when every log ends in success, 1 when one does not, 2 when one can't be read or is none of the\r\n"
-    L"installer's, and when there is none.\r\n";
+constexpr wchar_t Usage[] = L"Usage: VellumkitLog [/json | /csv] PATH...\r\n"
+                            L"\r\n"
+                            L"Says what came of installations of Vellumkit, from their logs\r\n"
+                            L"(Vellumkit_Install.log). PATH is a log, a folder, whose *.log files are read and\r\n"
+                            L"those in the folders below it, or a wildcard. A single log gets a page, several\r\n"
+                            L"logs a line each.\r\n"
+                            L"\r\n"
+                            L"  /json  everything, for programs\r\n"
+                            L"  /csv   the same as a table with a header\r\n"
+                            L"  /?     this text\r\n"
+                            L"\r\n"
+                            L"Exit code: 0 when every log ends in success; 1 when one does not; 2 when one is\r\n"
+                            L"no log of the installer or can't be read, when there is no log, when an argument\r\n"
+                            L"is wrong, and when the output can't be written.\r\n";
 
 enum ExitCode { Success = 0, Failure = 1, NoLog = 2 };
 
@@ -67,27 +69,42 @@ int Read(Format format, const std::vector<std::filesystem::path>& logs) {
     int exitCode = Success;
     bool written = Write(STD_OUTPUT_HANDLE, OutputBegin(format));
     for (const std::filesystem::path& log : logs) {
+        if (!written)
+            break;
         const Findings findings = ReadLogFile(log);
         exitCode = std::max<int>(exitCode, ExitCodeOf(findings.verdict));
-        written = written && Write(STD_OUTPUT_HANDLE, OutputOf(format, log, findings, &log == &logs.front()));
+        written = Write(STD_OUTPUT_HANDLE, OutputOf(format, log, findings, &log == &logs.front()));
     }
     if (!written || !Write(STD_OUTPUT_HANDLE, OutputEnd(format)))
         return Refuse(L"the output can't be written.");
     return exitCode;
 }
 
+/// Not a path from the root, which has more than one part.
+bool IsOption(std::wstring_view argument) {
+    return argument.starts_with(L'-') ||
+           (argument.starts_with(L'/') && argument.find_first_of(L"/\\", 1) == std::wstring_view::npos);
+}
+
+bool IsOption(const std::wstring& argument, std::wstring_view name) {
+    return IsOption(argument) && _wcsicmp(argument.c_str() + 1, name.data()) == 0;
+}
+
 int Run(const std::vector<std::wstring>& arguments) {
     std::vector<std::filesystem::path> logs;
-    std::wstring option;
+    std::optional<Format> format;
     for (const std::wstring& argument : arguments) {
-        if (argument == L"/?")
+        if (IsOption(argument, L"?") || IsOption(argument, L"-help"))
             return Write(STD_OUTPUT_HANDLE, Usage) ? Success : NoLog;
-        if (argument == L"/json" || argument == L"/csv") {
-            if (!option.empty() && option != argument)
+        if (IsOption(argument, L"json") || IsOption(argument, L"csv")) {
+            const Format asked = IsOption(argument, L"json") ? Format::Json : Format::Csv;
+            if (format.value_or(asked) != asked)
                 return Refuse(L"/json and /csv exclude each other.");
-            option = argument;
-        } else if (argument.starts_with(L'/') && argument.find_first_of(L"/\\", 1) == std::wstring::npos) {
+            format = asked;
+        } else if (IsOption(argument)) {
             return Refuse(L"unknown option '" + argument + L"'. VellumkitLog /? lists them.");
+        } else if (argument.find(L'"') != std::wstring::npos) {
+            return Refuse(L"no path has a quote: '" + argument + L"'. One behind a backslash does not end a path.");
         } else {
             const auto found = FindLogs(argument);
             if (found.empty())
@@ -97,9 +114,7 @@ int Run(const std::vector<std::wstring>& arguments) {
     }
     if (logs.empty())
         return Refuse(L"which log? VellumkitLog /? tells more.");
-    if (!option.empty())
-        return Read(option == L"/json" ? Format::Json : Format::Csv, logs);
-    return Read(logs.size() == 1 ? Format::Page : Format::Line, logs);
+    return Read(format.value_or(logs.size() == 1 ? Format::Page : Format::Line), logs);
 }
 
 } // namespace

@@ -89,7 +89,8 @@ TEST_F(VellumkitLog, ShowsAPageForALog) {
 
 TEST_F(VellumkitLog, ShowsWhatTheDocumentShows) {
     const std::wstring waited = L"OneNote is still running after ";
-    SampleLog failed = SampleLog().WriteReport(L"/config C:\\deploy.ini", L"office-64-bit");
+    SampleLog failed(Replaced(SampleLog().WriteReport(L"/config C:\\deploy.ini", L"office-64-bit").Text(),
+                              L"Error: File DOES NOT exist", L"File exists"));
     failed.Write({L"Begin processing", L"Begin processing", L"Checking if OneNote is running",
                   L"Found process 'datebk.exe'", L"OneNote is still running. Waiting..."});
     failed.After(5).Write({waited + L"5 seconds. Attempting to close windows"});
@@ -145,12 +146,21 @@ TEST_F(VellumkitLog, WritesATable) {
     EXPECT_EQ(result.exitCode, 1U);
     EXPECT_EQ(
         result.output,
-        L"file,verdict,code,step,cause,meaning,advice,message,version,begun,seconds,attended,language,asked,passes,"
-        L"oneNote,office,terminated,repaired,steps,notes\r\n"
+        L"\xFEFF"
+        L"file,verdict,code,step,cause,meaning,advice,message,version,begun,seconds,attended,commandLine,"
+        L"language,asked,passes,oneNote,oneNotePath,office,officePath,terminated,repaired,steps,unknown,disbelieved,"
+        L"notes\r\n"
         L"a.log,failed,0x5,elevated-installer,The elevated installer. The number is its exit code.,"
         L"\"Mostly the exit code of the elevated installer, which has meanings of its own.\","
         L"Read the elevated installer's own log.,\"Keine \"\"Rechte\"\" (0x5)\",4.5.1,2026-11-21T21:14:32,61,false,"
-        L"en,false,1,not registered,not registered,,,payload 61,\r\n");
+        L"/config x,en,false,1,not registered,,not registered,,,,payload 61,0,0,\r\n");
+}
+
+TEST_F(VellumkitLog, WritesNoFormulaIntoATable) {
+    Save("=1+1.log", SampleLog().WriteReport(L"-x").WriteInstallation());
+    const std::wstring table = Run(L"/csv =1+1.log").output;
+    EXPECT_NE(table.find(L"\r\n'=1+1.log,"), std::wstring::npos);
+    EXPECT_NE(table.find(L",'-x,"), std::wstring::npos);
 }
 
 TEST_F(VellumkitLog, WritesJson) {
@@ -163,7 +173,7 @@ TEST_F(VellumkitLog, WritesJson) {
     for (const wchar_t* member :
          {L"    \"code\": \"0x5\",\r\n", L"    \"message\": \"Keine \\\"Rechte\\\" (0x5)\",\r\n",
           L"    \"seconds\": 61,\r\n", L"    \"attended\": false,\r\n", L"    \"terminated\": [],\r\n",
-          L"    \"repaired\": [\"HKCU\\\\Software", L"    \"steps\": [\"payload 61\"],\r\n"})
+          L"    \"repaired\": [\"HKCU\\\\Software", L"    \"steps\": {\"payload\": 61},\r\n"})
         EXPECT_NE(result.output.find(member), std::wstring::npos) << testing::PrintToString(std::wstring(member));
     EXPECT_TRUE(result.output.ends_with(L"    \"notes\": []\r\n  }\r\n]\r\n"));
 }
@@ -190,6 +200,11 @@ TEST_F(VellumkitLog, AnswersABadArgumentInOneLine) {
     } cases[] = {
         {L"", L"which log? VellumkitLog /? tells more."},
         {L"/csv", L"which log? VellumkitLog /? tells more."},
+        {L"--xml a.log", L"unknown option '--xml'. VellumkitLog /? lists them."},
+        {L"-x a.log", L"unknown option '-x'. VellumkitLog /? lists them."},
+        {L"\"\"", L"there is no log in ''."},
+        {L"\"folder\\\" /json\"",
+         L"no path has a quote: 'folder\" /json'. One behind a backslash does not end a path."},
         {L"/xml a.log", L"unknown option '/xml'. VellumkitLog /? lists them."},
         {L"/csv /json a.log", L"/json and /csv exclude each other."},
         {L"a.log nothing*", L"there is no log in 'nothing*'."},
@@ -200,8 +215,12 @@ TEST_F(VellumkitLog, AnswersABadArgumentInOneLine) {
         EXPECT_EQ(result.output, L"");
         EXPECT_EQ(result.errors, std::wstring(L"VellumkitLog: ") + item.answer + L"\r\n");
     }
-    EXPECT_EQ(Run(L"/?").exitCode, 0U);
-    EXPECT_TRUE(Run(L"/?").output.starts_with(L"Usage: VellumkitLog [/json | /csv] PATH...\r\n"));
+    for (const wchar_t* help : {L"/?", L"-?", L"--help", L"a.log /?"}) {
+        const Result result = Run(help);
+        EXPECT_EQ(result.exitCode, 0U);
+        EXPECT_TRUE(result.output.starts_with(L"Usage: VellumkitLog [/json | /csv] PATH...\r\n"));
+    }
+    EXPECT_EQ(Run(L"/JSON a.log").output, Run(L"-json a.log").output);
 }
 
 TEST_F(VellumkitLog, ShowsNoControlCharactersOfALog) {
@@ -216,6 +235,53 @@ TEST_F(VellumkitLog, ReadsALogThatTheInstallerIsWriting) {
     const UniqueHandle writer(CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     EXPECT_EQ(Run(L"a.log").exitCode, 0U);
+}
+
+TEST_F(VellumkitLog, ReadsEveryLogOfAFolder) {
+    const std::wstring top = L"\\\\?\\" + Folder().wstring() + L"\\logs\\b";
+    std::wstring folder = top;
+    fs::create_directories(Folder() / "logs");
+    ASSERT_TRUE(CreateDirectoryW(folder.c_str(), nullptr));
+    while (folder.size() < 400) { // more than MAX_PATH
+        folder += L"\\" + std::wstring(100, L'x');
+        ASSERT_TRUE(CreateDirectoryW(folder.c_str(), nullptr)) << GetLastError();
+    }
+    Save("logs/a/first.log", Installed());
+    Save("logs/z.log", Installed());
+    ASSERT_TRUE(CopyFileW((Folder() / "logs" / "z.log").c_str(), (folder + L"\\deep.log").c_str(), TRUE));
+    const Result result = Run(L"logs");
+    EXPECT_EQ(result.exitCode, 0U);
+    EXPECT_EQ(std::ranges::count(result.output, L'\n'), 3);
+    EXPECT_NE(result.output.find(L"\\deep.log\r\n"), std::wstring::npos);
+    ASSERT_TRUE(DeleteFileW((folder + L"\\deep.log").c_str()));
+    for (; folder.size() >= top.size(); folder.resize(folder.rfind(L'\\')))
+        ASSERT_TRUE(RemoveDirectoryW(folder.c_str())) << GetLastError();
+}
+
+TEST_F(VellumkitLog, ReadsNoDevice) {
+    EXPECT_EQ(Run(L"NUL").exitCode, 2U);
+    EXPECT_NE(Run(L"NUL").output.find(L"The file can't be read."), std::wstring::npos);
+}
+
+TEST_F(VellumkitLog, TellsThatItsOutputCannotBeWritten) {
+    Save("a.log", Installed());
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    const UniqueHandle readOnly(CreateFileW((Folder() / "a.log").c_str(), GENERIC_READ, FILE_SHARE_READ, &inherited,
+                                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = readOnly.Get();
+    std::wstring commandLine = L"\"" + Reader().wstring() + L"\" a.log";
+    PROCESS_INFORMATION information{};
+    ASSERT_TRUE(CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, Folder().c_str(),
+                               &startup, &information));
+    CloseHandle(information.hThread);
+    const UniqueHandle process(information.hProcess);
+    WaitForSingleObject(process.Get(), INFINITE);
+    DWORD exitCode = 0;
+    GetExitCodeProcess(process.Get(), &exitCode);
+    EXPECT_EQ(exitCode, 2U);
 }
 
 TEST_F(VellumkitLog, ReadsHalfAGigabyteInAFewMegabytesOfMemory) {

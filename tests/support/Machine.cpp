@@ -61,9 +61,7 @@ void Machine::SetUp() {
 
 void Machine::TearDown() {
     Logged();
-    if (fs::exists(LogFile())) {
-        EXPECT_EQ(std::wstring(VerdictName(ReadLogFile(LogFile()).verdict)), std::wstring(VerdictName(verdict_)));
-    }
+    ExpectFindings();
     ResetSettings();
 }
 
@@ -207,6 +205,17 @@ void WindowedMachine::ExpectInstalled(const Program& frontEnd) {
     screen.Await(ScreenStatus::Completed);
     screen.ClickCloseBox();
     EXPECT_EQ(frontEnd.ExitCode(), 0U);
+}
+
+void Machine::ExpectFindings() const {
+    const Findings findings = ReadLogFile(LogFile());
+    EXPECT_EQ(std::wstring(VerdictName(findings.verdict)), std::wstring(VerdictName(verdict_)));
+    EXPECT_EQ(StepName(findings), step_);
+    EXPECT_EQ(findings.code.has_value(), verdict_ == Verdict::Failed);
+    if (findings.passes != 0) {
+        EXPECT_EQ(findings.version, Version());
+        EXPECT_TRUE(findings.attended);
+    }
 }
 
 void Machine::ResetSettings() {

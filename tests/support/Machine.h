@@ -56,8 +56,12 @@ protected:
     /// The entries of the front-end's log. A test failure when docs/log.md does not explain each of them, or the log
     /// reader doesn't know it, which every test looks at in the end.
     Entries Logged() const;
-    /// What the log reader shall say of the test's last log, when the front-end has not installed.
-    void ExpectVerdict(Verdict verdict) { verdict_ = verdict; }
+    /// What the log reader shall say of the test's last log when the front-end has not installed, and at which step it
+    /// failed or was cut off. `Verdict::Unreadable` when it left no log.
+    void ExpectVerdict(Verdict verdict, const std::wstring& step = L"") {
+        verdict_ = verdict;
+        step_ = step;
+    }
     /// Compares all of them that follow the report about the machine, in order; a failure shows the lines that differ.
     void ExpectLog(const Entries& expected) const;
     /// Compares the report about the machine with the one that is expected of a machine of lab/office/, for that raw
@@ -81,7 +85,10 @@ private:
     static Entries::const_iterator EndOfReport(const Entries& log);
 
     TestFolder folder_;
+    void ExpectFindings() const;
+
     Verdict verdict_ = Verdict::Installed;
+    std::wstring step_;
 };
 
 /// One on which the test compares the front-end's window with what it paints itself, in English.

@@ -4,10 +4,16 @@
 #include "tests/support/LogText.h"
 
 #include <string>
+#include <string_view>
+#include <utility>
 
 /// A log as the installer writes it, begun on Saturday, the 21st of November 2026, at 21:14:32.
 class SampleLog {
 public:
+    SampleLog() = default;
+    /// Goes on with that text.
+    explicit SampleLog(std::wstring text) : text_(std::move(text)) {}
+
     /// The entries come this much later than those before.
     SampleLog& After(int seconds);
     SampleLog& Write(const Entries& entries);
