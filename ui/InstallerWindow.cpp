@@ -35,7 +35,7 @@ void Retry() {
 }
 
 void OnDestroy(HWND window) {
-    PostQuitMessage(0);
+    PostQuitMessage(0); // first: whatever the service does, the message loop ends
     ForgetAnnouncement(window);
 }
 
@@ -179,7 +179,7 @@ bool CreateInstallerWindow() {
     PrimaryButton = CreateButton(StrRetry, PrimaryButtonArea());
     SecondaryButton = CreateButton(StrGetHelp, SecondaryButtonArea()); // the captions are never seen
     ShowWindow(MainWindow, SW_SHOW);
-    Announce(MainWindow, StatusText(CurrentStatus)); // takes its time, which must not delay the window
+    Announce(MainWindow, StatusText(CurrentStatus)); // behind the frame: the service takes its time
     return true;
 }
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Pictures of every screen in every language, FOLDER/<DPI>/<language>-<screen>.png, and all of a resolution on a contact
-# sheet, FOLDER/<DPI>-dpi.png; above 192 DPI in English only. At the first resolution also each button with the focus,
-# as who uses the keyboard sees it: FOLDER/keyboard/en-<button>.png, and the same in a high-contrast theme and with the
+# sheet, FOLDER/<DPI>-dpi.png, above 192 DPI those in English. At the first resolution also each button with the focus, as
+# who uses the keyboard sees it: FOLDER/keyboard/en-<button>.png, and the same in a high-contrast theme and with the
 # largest text of Windows: FOLDER/high-contrast, FOLDER/largest-text. The folder is emptied first.
 #
 #   lab/gallery/gallery.sh FOLDER DPI...    the resolutions in ascending order
@@ -44,8 +44,9 @@ take_keyboard_pictures() { # NAME DPI APPEARANCE
 }
 
 make_contact_sheet() { # DPI
-    local language screen tiles=()
-    for language in "${languages[@]}"; do
+    local language screen shown=("${languages[@]}") tiles=()
+    [ "$1" -le 192 ] || shown=(en) # ImageMagick's limits forbid a larger one
+    for language in "${shown[@]}"; do
         for screen in "${screens[@]}"; do
             tiles+=("$folder/$1/$language-$screen.png")
         done
@@ -61,7 +62,6 @@ done
 take_keyboard_pictures keyboard "$2" ""
 for dpi in "${@:2}"; do
     mkdir -p "$folder/$dpi"
-    [ "$dpi" -le 192 ] || languages=(en) # ImageMagick's limits forbid a larger contact sheet
     for font in "Open Sans" "Noto Sans CJK SC" "Noto Sans CJK TC"; do
         take_pictures "$dpi" "$font"
     done
