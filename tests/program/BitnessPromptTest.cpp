@@ -105,7 +105,7 @@ class FailedBitnessPromptOnScreen : public BitnessPromptOnScreen, public testing
 } // namespace
 
 TEST_F(BitnessPromptOnScreen, OffersThreeCommandLinksUnderItsTitle) {
-    ExpectVerdict(Verdict::Asked);
+    ExpectVerdict(Verdict::Asked, L"question");
     const Program frontEnd = Start(L"");
     const PromptScreen prompt(frontEnd);
     EXPECT_EQ(CaptionOf(prompt.Window()), L"Vellumkit Installer");
@@ -119,7 +119,7 @@ TEST_F(BitnessPromptOnScreen, OffersThreeCommandLinksUnderItsTitle) {
 }
 
 TEST_F(BitnessPromptOnScreen, OpensTheDownloadInTheBrowserAndEndsWithoutAWindow) {
-    ExpectVerdict(Verdict::Asked);
+    ExpectVerdict(Verdict::Asked, L"question");
     const Program frontEnd = Start(L"");
     PromptScreen(frontEnd).Click(DownloadLink);
     ExpectNothingBegun(frontEnd);
@@ -127,7 +127,7 @@ TEST_F(BitnessPromptOnScreen, OpensTheDownloadInTheBrowserAndEndsWithoutAWindow)
 }
 
 TEST_F(BitnessPromptOnScreen, TakesEnterForTheDownload) {
-    ExpectVerdict(Verdict::Asked);
+    ExpectVerdict(Verdict::Asked, L"question");
     const Program frontEnd = Start(L"");
     const PromptScreen prompt(frontEnd);
     User::Press({VK_RETURN});
@@ -158,7 +158,7 @@ TEST_F(BitnessPromptOnScreen, ComesBackAfterTheHelpPageAsOftenAsItIsAskedFor) {
 }
 
 TEST_F(BitnessPromptOnScreen, HasTheDownloadForItsDefaultAgainAfterTheHelpPage) {
-    ExpectVerdict(Verdict::Asked);
+    ExpectVerdict(Verdict::Asked, L"question");
     const Program frontEnd = Start(L"");
     PromptScreen(frontEnd).Click(HelpLink);
     const PromptScreen again(frontEnd);
@@ -193,7 +193,7 @@ TEST_F(BitnessPromptOnScreen, GoesOnWhenItIsClosedByAnotherProgram) {
 }
 
 TEST_F(BitnessPromptOnScreen, EndsAfterTheDownloadAlsoWhenThereIsNoBrowser) {
-    ExpectVerdict(Verdict::Asked);
+    ExpectVerdict(Verdict::Asked, L"question");
     LabBrowser::Break();
     const Program frontEnd = Start(L"");
     PromptScreen(frontEnd).Click(DownloadLink);

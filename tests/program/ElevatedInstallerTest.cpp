@@ -86,7 +86,7 @@ TEST_F(ElevatedInstallerFate, BeginsWithoutTheErrorModeOfTheInstaller) {
 }
 
 TEST_F(ElevatedInstallerFate, HangingIsWaitedForWithoutALimitAndEndsThePassWhenItIsKilled) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     const Program frontEnd = Start(L"/config \"" + Configuration(L"0", Hanging) + L'"');
     const UniqueHandle payload = AwaitPayload();
     EXPECT_EQ(WaitForSingleObject(frontEnd.Handle(), 4000), static_cast<DWORD>(WAIT_TIMEOUT));
@@ -104,7 +104,7 @@ TEST_F(ElevatedInstallerFate, KilledWithoutAnErrorCodeCountsAsSuccess) {
 }
 
 TEST_F(ElevatedInstallerFate, HangingOutlastsTheWindow) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     Configuration(L"0", Hanging);
     const Program frontEnd = Start(L"");
     const InstallerScreen screen(frontEnd);
@@ -122,7 +122,7 @@ TEST_F(ElevatedInstallerFate, HangingOutlastsTheWindow) {
 }
 
 TEST_F(ElevatedInstallerFate, ReplacedBeforeItsStartIsNotStarted) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevation");
     std::string replacement = ReadBytes(ElevatedInstaller()) + '\0'; // a program that would run and say so
     const Interception replace = Before([&] { std::ofstream(fs::path(Target()), std::ios::binary) << replacement; });
     EXPECT_EQ(InstallIntercepting(AfterTheWriting(replace)), 1U);
@@ -133,7 +133,7 @@ TEST_F(ElevatedInstallerFate, ReplacedBeforeItsStartIsNotStarted) {
 }
 
 TEST_F(ElevatedInstallerFate, DeletedBeforeItsStartFailsThePass) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevation");
     const User::ConfirmedBoxes boxes; // the shell's
     EXPECT_EQ(InstallIntercepting(AfterTheWriting(Before([&] { fs::remove(Target()); }))), 1U);
     // Wine's shell loses the code behind its message box.

@@ -81,7 +81,7 @@ TEST_F(Installation, SucceedsAgainStraightAfterTheFirst) {
 }
 
 TEST_F(Installation, WaitsForAnInstallerThatTakesLong) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     const std::wstring configuration = Configuration(L"7", 2500);
     const ULONGLONG start = GetTickCount64();
     EXPECT_EQ(Install(configuration), 1U);
@@ -94,7 +94,7 @@ TEST_F(Installation, HandsOnAPathThatNamesNoFile) {
 }
 
 TEST_P(InstallerExitCode, IsShownAsAnHresult) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     const ExitCodeCase& item = GetParam();
     EXPECT_EQ(Install(Configuration(item.text)), 1U);
     const std::wstring errorText =
@@ -126,7 +126,7 @@ INSTANTIATE_TEST_SUITE_P(
 // The temporary folder
 
 TEST_F(InstallationInAFolderWithBlanks, HandsTheFolderOnUnquoted) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     const std::wstring configuration = Configuration(L"0");
     EXPECT_EQ(Install(configuration), 0U);
     ExpectLog(Joined({LogOfSearch(), LogOfExtraction(), LogOfRepair()}));
@@ -156,7 +156,7 @@ TEST_F(Installation, UsesATargetFolderThatIsMarkedReadOnly) {
 }
 
 TEST_F(Installation, FailsWhenTheTargetFolderIsAFile) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"payload");
     std::ofstream(fs::path(Temporary() + L"Vellumkit")) << "x";
     EXPECT_EQ(Install(), 1U);
     ExpectLog(Joined({LogOfSearch(),
@@ -172,7 +172,7 @@ TEST_F(Installation, ReplacesATargetFileThatIsThere) {
 }
 
 TEST_F(Installation, FailsWhenTheTargetFileIsLocked) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"payload");
     fs::create_directory(Temporary() + L"Vellumkit");
     const UniqueHandle lock(
         CreateFileW(Target().c_str(), GENERIC_READ, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -182,7 +182,7 @@ TEST_F(Installation, FailsWhenTheTargetFileIsLocked) {
 }
 
 TEST_F(Installation, FailsWhenAFolderStandsWhereTheTargetFileShouldBe) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"payload");
     fs::create_directories(Target());
     EXPECT_EQ(Install(), 1U);
     ExpectLog(Joined({LogUpToWriting(true), {LogOfFailure(SystemErrorText(E_ACCESSDENIED))}}));
@@ -221,7 +221,7 @@ void EmbedPayload(const fs::path& program, const char* bytes) {
 } // namespace
 
 TEST_F(Installation, FailsWhenThePayloadIsNoProgramAndTheShellsMessageIsClosed) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevation");
     const fs::path file = CopyFrontEnd();
     EmbedPayload(file, "no program");
     const Program frontEnd(file, L"/config x", Temporary());
@@ -235,7 +235,7 @@ TEST_F(Installation, FailsWhenThePayloadIsNoProgramAndTheShellsMessageIsClosed) 
 }
 
 TEST_F(Installation, FailsWhenThePayloadIsMissing) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"payload");
     const fs::path program = CopyFrontEnd();
     EmbedPayload(program, nullptr);
     EXPECT_EQ(Program(program, L"/config x", Temporary()).ExitCode(), 1U);

@@ -89,7 +89,7 @@ TEST_F(LogDocument, ExplainsTheSearchWithRealWaits) {
 }
 
 TEST_F(LogDocument, ExplainsTheExtraction) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     Run(Configuration(L"5"));
     Run(L"x", FrontEndWithoutSuccessIn("GetExitCodeProcess"));
     ExpectQuotesWritten(L"The elevated installer");

@@ -63,7 +63,7 @@ TEST_P(OfficeMachineReport, StandsInTheLogOfAnUnattendedInstallationThatAsksNobo
 }
 
 TEST_P(OfficeMachineReport, LeadsToTheQuestionOnlyWhereNothingButA32BitEditionIsRegistered) {
-    ExpectVerdict(GetParam().asks ? Verdict::Asked : Verdict::Installed);
+    ExpectVerdict(GetParam().asks ? Verdict::Asked : Verdict::Installed, GetParam().asks ? L"question" : L"");
     const Program program = Start(L"");
     ASSERT_EQ(AsksFirst(program), GetParam().asks);
     if (!GetParam().asks)

@@ -55,7 +55,7 @@ TEST_F(TemporaryFolder, ThatCannotBeWrittenFailsThePassWithoutALog) {
 }
 
 TEST_F(TemporaryFolder, ThatTakesNoFolderFailsThePassWithTheSystemsCode) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"payload");
     EXPECT_EQ(InstallIntercepting({{"CreateDirectoryW", Answering({.error = ERROR_ACCESS_DENIED})}}), 1U);
     ExpectLog(Joined({LogOfSearch(),
                       {L"Folder path is: " + Temporary() + L"Vellumkit", L"Folder does not exist, creating...",
@@ -63,7 +63,7 @@ TEST_F(TemporaryFolder, ThatTakesNoFolderFailsThePassWithTheSystemsCode) {
 }
 
 TEST_F(TemporaryFolder, ThatIsFullLeavesThePayloadToTheShell) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevation");
     const User::ConfirmedBoxes boxes; // the shell tells of a damaged program in one
     EXPECT_EQ(InstallIntercepting({{"WriteFile",
                                     [](const auto& /*arguments*/) {
@@ -79,7 +79,7 @@ TEST_F(TemporaryFolder, ThatIsFullLeavesThePayloadToTheShell) {
 }
 
 TEST_F(TemporaryFolder, ThatIsFullFromTheStartTakesNothingButTheLog) {
-    ExpectVerdict(Verdict::Unfinished);
+    ExpectVerdict(Verdict::Unfinished, L"report");
     EXPECT_EQ(InstallIntercepting({{"fwrite", FailingAfter(0, 0)}}), 0U);
     EXPECT_EQ(ReadBytes(Temporary() + L"Vellumkit_Install.log"), "");
     EXPECT_EQ(GetValue(InternetSettings, L"SecureProtocols"), Dword(0xA80));

@@ -109,7 +109,7 @@ TEST_F(WindowedInstallation, ShowsInstallingWithoutButtonsWhileThePayloadRuns) {
 }
 
 TEST_F(WindowedInstallation, ShowsFailedWithTheErrorAndRetryFocused) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     const Failed failed = StartAndFail();
     failed.screen.AwaitFocus(failed.screen.Primary());
     EXPECT_EQ(CaptionOf(failed.screen.Primary()), L"&Retry >");
@@ -123,7 +123,7 @@ TEST_F(WindowedInstallation, ShowsCompletedWithStartOneNoteFocused) {
 }
 
 TEST_F(WindowedInstallation, ShowsTheProgramsOwnTextForItsOwnErrorCode) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     SetPayload(L"-100");
     const Program program = Start(L"");
     InstallerScreen(program).AwaitFailure(L"Failed to read installation resource. (0xffffff9c)");
@@ -153,7 +153,7 @@ TEST_F(WindowedInstallation, GoesOnWhenNothingCanBePainted) {
 // Starts that fail
 
 TEST_P(FailedStart, EndsWithZeroAndInstallsNothing) {
-    ExpectVerdict(Verdict::Unfinished);
+    ExpectVerdict(Verdict::Unfinished, L"window");
     const std::filesystem::path program = CopyFrontEndThatCalls(GetParam().replacement, GetParam().function);
     EXPECT_EQ(Program(program, L"", Temporary()).ExitCode(), 0U);
     EXPECT_FALSE(std::filesystem::exists(Target()));
@@ -193,7 +193,7 @@ TEST_F(WindowedInstallation, InstallsInASecondPassWhenTheUserRetriesWithoutTheCa
 }
 
 TEST_F(WindowedInstallation, ShowsCheckingAfterRetryUntilThePassInstalls) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     const Failed failed = StartAndFail();
     SetPayload(L"5", 1000);
     LabOneNote oneNote(Temporary());
@@ -235,7 +235,7 @@ TEST_F(WindowedInstallation, IsFinishedWhenTheWindowIsClosedWhileThePayloadRuns)
 }
 
 TEST_F(WindowedInstallation, EndsWhenTheWindowIsClosedInFailed) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     const Failed failed = StartAndFail();
     failed.screen.ClickCloseBox();
     EXPECT_EQ(failed.program.ExitCode(), 0U);
@@ -299,7 +299,7 @@ TEST_F(WindowedInstallation, MovesTheFocusWithTabAndBackWithShift) {
 }
 
 TEST_F(WindowedInstallation, KeepsTheFocusOnTheOnlyButtonWithTab) {
-    ExpectVerdict(Verdict::Failed);
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     const Failed failed = StartAndFail();
     failed.screen.AwaitFocus(failed.screen.Primary());
     User::Press({VK_TAB});

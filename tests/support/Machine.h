@@ -57,7 +57,7 @@ protected:
     /// reader doesn't know it, which every test looks at in the end.
     Entries Logged() const;
     /// What the log reader shall say of the test's last log when the front-end has not installed, and at which step it
-    /// failed or was cut off. `Verdict::Unreadable` when it left no log.
+    /// failed or was cut off, if that does not depend on the moment.
     void ExpectVerdict(Verdict verdict, const std::wstring& step = L"") {
         verdict_ = verdict;
         step_ = step;
