@@ -76,11 +76,14 @@ std::wstring FromUtf8(std::string_view bytes) {
     return text;
 }
 
-/// The end matters: it closes what the entry tells. Drops what is in the middle, and not at every line.
-void Shorten(std::wstring& text) {
+/// The end matters too: it closes what the entry tells.
+void DropTheMiddle(std::wstring& text) {
     constexpr std::size_t Kept = LogParser::MaxEntryLength / 4; // at either end
-    if (text.size() > LogParser::MaxEntryLength)
-        text.erase(Kept, text.size() - 2 * Kept);
+    text.erase(Kept, text.size() - 2 * Kept);
+}
+
+bool IsTooLong(const std::wstring& text) {
+    return text.size() > LogParser::MaxEntryLength;
 }
 
 /// Those at every other place.
@@ -163,7 +166,10 @@ void LogParser::AddText(std::wstring_view text) {
     for (;;) {
         const std::size_t end = text.find(L'\n');
         line_ += text.substr(0, end);
-        Shorten(line_);
+        if (IsTooLong(line_)) {
+            DropTheMiddle(line_);
+            isShortened_ = true;
+        }
         if (end == std::wstring_view::npos)
             return;
         EndLine();
@@ -172,6 +178,8 @@ void LogParser::AddText(std::wstring_view text) {
 }
 
 void LogParser::EndLine() {
+    if (std::exchange(isShortened_, false))
+        DropTheMiddle(line_); // the same, whatever the pieces were
     constexpr wchar_t ByteOrderMark = L'\xFEFF';
     if (line_.ends_with(L'\r'))
         line_.pop_back();
@@ -185,7 +193,8 @@ void LogParser::EndLine() {
                           .beginsAFile = std::exchange(hadByteOrderMark_, false)};
     } else if (entry_) {
         entry_->text.append(L"\n").append(line_);
-        Shorten(entry_->text);
+        if (IsTooLong(entry_->text))
+            DropTheMiddle(entry_->text);
     }
     hadByteOrderMark_ = hadByteOrderMark_ || hasMark;
     isEmpty_ = isEmpty_ && !entry_ && line_.empty();

@@ -55,6 +55,7 @@ private:
     Encoding encoding_ = Encoding::Unknown;
     std::string undecoded_;
     std::wstring line_;
+    bool isShortened_ = false;
     std::optional<LogEntry> entry_;
     bool isEmpty_ = true;
     bool hadByteOrderMark_ = false;

@@ -87,6 +87,10 @@ bool HasConfiguration(const std::wstring& commandLine) {
     return isGiven;
 }
 
+bool IsNumber(std::wstring_view text) {
+    return !text.empty() && text.size() < 16 && text.find_first_not_of(L"-0123456789") == std::wstring_view::npos;
+}
+
 /// The installer takes a path as it is: what has a "%", or the number of a resource at its end, names no file.
 bool NamesAFile(std::wstring_view path) {
     const std::size_t name = path.find_last_of(L'\\') + 1;
@@ -277,11 +281,12 @@ void LogReading::Act(const LogRule& rule, const std::wstring& text) {
             AddOnce(findings_.terminated, process_ == L"datebk.exe" ? L"datebk.exe" : L"onenote.exe");
         break;
     case Deleting:
-        deletion_ = InGap(rule, text);
+        deletion_ = InGap(rule, text.substr(0, text.find(L'\n')));
         deletion_.insert(0, L"HKCU\\");
         break;
     case Updated:
-        AddOnce(findings_.repaired, L"SecureProtocols = " + std::wstring(InGap(rule, text)));
+        if (const std::wstring_view number = InGap(rule, text); IsNumber(number))
+            AddOnce(findings_.repaired, L"SecureProtocols = " + std::wstring(number));
         break;
     case Complete:
         isComplete_ = true;
