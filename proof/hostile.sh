@@ -7,7 +7,7 @@ if [ "${1:-}" = --help ]; then
     cat <<TEXT
 Usage: ./prove.sh hostile [SEED]
 
-Takes twenty minutes, in the build that ends at undefined behaviour. What has passed is not run again until it is
+Takes less than half an hour, in the build that ends at undefined behaviour. What has passed is not run again until it is
 built anew. Results: out/proof/hostile/SEED/.
 TEXT
     exit
