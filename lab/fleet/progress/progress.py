@@ -20,18 +20,26 @@ class CallbackModule(CallbackBase):
     def __init__(self):
         super().__init__()
         self.began = monotonic()
-        self.ended = 0
+        self.ended = set()
+        self.machines = 0
+
+    def v2_playbook_on_play_start(self, play):
+        self.machines = len(play.get_variable_manager().get_vars(play=play)["ansible_play_hosts_all"])
 
     def show(self, result, text):
-        self._display.display(f"{monotonic() - self.began:4.0f} s  {result._host.get_name()}  {text}")
+        """Counts a machine once, whatever fails on it afterwards."""
+        name = result._host.get_name()
+        if name not in self.ended:
+            self.ended.add(name)
+            text += f"  ({len(self.ended)} of {self.machines})"
+        self._display.display(f"{monotonic() - self.began:4.0f} s  {name}  {text}")
 
     def v2_runner_on_ok(self, result):
         if result._task.get_name() == "Install":
-            self.ended += 1
-            self.show(result, f"exit code {result._result['rc']}  ({self.ended})")
+            self.show(result, f"exit code {result._result['rc']}")
 
     def v2_runner_on_failed(self, result, ignore_errors=False):
         self.show(result, f"{result._task.get_name()}: {result._result.get('msg', 'failed')}")
 
     def v2_runner_on_unreachable(self, result):
-        self.show(result, f"not reached: {result._result.get('msg', '')}")
+        self.show(result, f"not reached: {result._result.get('msg', '').strip()}")
