@@ -112,9 +112,11 @@ fleet)
     lab/machine.sh build VellumkitInstaller VellumkitLog onenote datebk office
     result=0
     VELLUMKIT_PREFIX=fleet lab/fleet/fleet.sh lab/fleet/conditions.txt out/fleet || result=$?
-    [ "$result" -gt 1 ] || (cd out/fleet && gnuplot "$here/lab/fleet/timeline.gnuplot")
-    echo "Table: $here/out/fleet/results.md"
-    echo "Chart: $here/out/fleet/timeline.svg"
+    [ ! -e out/fleet/results.md ] || echo "Table: $here/out/fleet/results.md"
+    if [ -s out/fleet/timeline.dat ]; then # empty when no installer has begun
+        (cd out/fleet && gnuplot "$here/lab/fleet/timeline.gnuplot")
+        echo "Chart: $here/out/fleet/timeline.svg"
+    fi
     exit "$result"
     ;;
 esac
