@@ -6,7 +6,7 @@ from pathlib import Path
 NONE = "-"
 
 # What is expected of a machine, and what is found.
-Outcome = namedtuple("Outcome", "exit_code verdict code step")
+Outcome = namedtuple("Outcome", "exit_code verdict code step onenote terminated")
 Machine = namedtuple("Machine", "name condition payload_exit_code milliseconds expected")
 
 

@@ -38,6 +38,7 @@ def main(conditions, prefix, folder):
         "ansible_python_interpreter": "{{ ansible_playbook_python }}",
         "fleet_machine": str(ROOT / "lab/fleet/machine.sh"),
         "vellumkit_installer": str(ROOT / "out/release/VellumkitInstaller.x64.exe"),
+        "vellumkit_delay": "false",  # a string, as one that the command line gives
         "vellumkit_collected": str(folder / "collected"),
         "vellumkit_target": str(ROOT / "lab/fleet/machine"),
     }

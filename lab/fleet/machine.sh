@@ -56,7 +56,7 @@ switch_on() { # MODEL CONDITION
     lab/machine.sh copy "$1"
     mkdir "$temporary"
     case $2 in
-    absent | slow | dies | refused | no-space | damaged) ;;
+    absent | slow | dies | unplugged | refused | no-space | damaged) ;;
     obeying)
         in_wine "$programs\\onenote.exe" /register
         start_onenote obey

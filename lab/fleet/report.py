@@ -19,16 +19,22 @@ sys.dont_write_bytecode = True
 from conditions import NONE, Outcome, read_machines  # noqa: E402
 
 NO_RUN = {"exit_code": "", "begun": "", "ended": "", "trouble": "not rolled out to"}
-NO_LOG = {"verdict": "none", "code": "", "step": ""}
+NO_LOG = {"verdict": "none", "code": "", "step": "", "oneNote": "", "terminated": ""}
 
 
 def read_rows(file, key):
+    """No rows where there is no file: none is made when no machine is left."""
+    if not file.exists():
+        return {}
     with open(file, newline="", encoding="utf-8-sig") as text:
         return {key(row): row for row in csv.DictReader(text)}
 
 
 def outcome(run, log):
-    return Outcome(*(text or NONE for text in (run["exit_code"], log["verdict"], log["code"], log["step"])))
+    """With the bitness of OneNote in one word."""
+    onenote = log["oneNote"].replace(" ", "-")
+    found = run["exit_code"], log["verdict"], log["code"], log["step"], onenote, log["terminated"]
+    return Outcome(*(text or NONE for text in found))
 
 
 def seconds(run, origin):
@@ -39,8 +45,8 @@ def seconds(run, origin):
 
 
 def table(rows):
-    lines = ["| Machine | Condition | Seconds | Exit code | Verdict | Code | Step | Expected |",
-             "|---|---|---|---|---|---|---|---|"]
+    lines = ["| Machine | Condition | Seconds | Exit code | Verdict | Code | Step | OneNote | Terminated | Expected |",
+             "|---|---|---|---|---|---|---|---|---|---|"]
     for machine, found, time in rows:
         expected = "as found" if found == machine.expected else "**" + ", ".join(machine.expected) + "**"
         lasted = f"{time[1] - time[0]:.0f}" if time else NONE
@@ -57,7 +63,7 @@ def main(conditions, prefix, folder):
     folder = Path(folder)
     runs = read_rows(folder / "collected/results.csv", lambda row: row["host"])
     logs = read_rows(folder / "logs.csv", lambda row: PureWindowsPath(row["file"]).stem)
-    origin = min(datetime.fromisoformat(run["begun"]) for run in runs.values() if run["begun"])
+    origin = min((datetime.fromisoformat(run["begun"]) for run in runs.values() if run["begun"]), default=None)
     rows = []
     for machine in read_machines(conditions, prefix):
         run = runs.get(machine.name, NO_RUN)
