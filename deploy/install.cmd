@@ -21,12 +21,11 @@ if exist "%done%" exit /b 0
 if not exist "%TMP%\*" mkdir "%TMP%" 2>nul
 set "trouble=can't make %TMP%, which needs administrator rights"
 if not exist "%TMP%\*" goto fail
-rem Only a folder has something below it, itself at least; "del" would ask whether to empty it.
-for %%f in ("%log%" "%elevated%" "%kept%.log" "%kept%.elevated.txt") do if exist %%f if not exist "%%~f\*" del /f %%f
+for %%f in ("%log%" "%elevated%" "%kept%.log" "%kept%.elevated.txt") do call :delete %%f
 "%~dp0VellumkitInstaller.x64.exe" /config "%~dp0vellumkit.ini"
 set "result=%ERRORLEVEL%"
-if exist "%log%" if not exist "%log%\*" copy /y "%log%" "%kept%.log" >nul
-if exist "%elevated%" if not exist "%elevated%\*" copy /y "%elevated%" "%kept%.elevated.txt" >nul
+call :keep "%log%" "%kept%.log"
+call :keep "%elevated%" "%kept%.elevated.txt"
 if not "%result%"=="0" exit /b %result%
 echo done>"%done%"
 if exist "%done%" exit /b 0
@@ -35,3 +34,12 @@ set "trouble=has installed, but can't make %done%"
 :fail
 echo install.cmd: %trouble% 1>&2
 exit /b 2
+
+rem Only a folder has something below it, itself at least. "del" would ask whether to empty it.
+:delete
+if not exist "%~1\*" if exist %1 del /f %1
+exit /b
+
+:keep
+if not exist "%~1\*" if exist %1 copy /y %1 %2 >nul
+exit /b

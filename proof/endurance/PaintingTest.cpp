@@ -42,6 +42,7 @@ void Paint(HWND window, int times) {
 } // namespace
 
 TEST_F(Paintings, LeaveNothing) {
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     Configuration(L"1603");
     const Program frontEnd = Start(L"");
     const InstallerScreen screen(frontEnd);

@@ -23,6 +23,7 @@ void Retry(const InstallerScreen& screen, int times) {
 } // namespace
 
 TEST_F(Retries, KeepAHandleOfTheElevatedInstallerAndATextEach) {
+    ExpectVerdict(Verdict::Failed, L"elevated-installer");
     Configuration(L"1603");
     // A pass gives the elevated installer a second to come up. A name as short as that of Sleep has nothing but Beep,
     // which does nothing for a program without a console.

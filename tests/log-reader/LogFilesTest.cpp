@@ -7,6 +7,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <fstream>
 #include <gtest/gtest.h>
 

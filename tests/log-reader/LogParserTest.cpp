@@ -93,9 +93,9 @@ TEST(LogParser, LeavesOutZerosAtTheEnd) {
 TEST(LogParser, TellsWhereALogWasAddedToAnother) {
     std::vector<bool> begins;
     const std::wstring log = L"\xFEFF\r\n" + std::wstring(Time) + L"a\r\n" + Time + L"b";
-    for (const std::wstring& between : {std::wstring(), std::wstring(L"\r\n")}) {
+    for (const wchar_t* between : {L"", L"\r\n"}) {
         LogParser parser([&begins](const LogEntry& entry) { begins.push_back(entry.beginsAFile); });
-        const std::string bytes = Utf16Bytes(log + between + log);
+        const std::string bytes = Utf16Bytes(std::wstring(log).append(between).append(log));
         parser.Feed({bytes.data(), bytes.size()});
         parser.Finish();
         EXPECT_EQ(std::exchange(begins, {}), (std::vector<bool>{true, false, true, false}));

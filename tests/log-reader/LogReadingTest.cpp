@@ -444,7 +444,8 @@ TEST(LogReading, DoesNotBelieveAStringThatImitatesEntries) {
             for (const wchar_t* beginning : {L"x", L"x (String)"}) {
                 // The string's kind must stand somewhere: behind the last entry, or behind one that may have anything.
                 for (const std::wstring& end : {std::wstring(), Line + L"Folder path is: x", Line + L"x"}) {
-                    const std::wstring text = value + beginning + imitation + end + L" (String)";
+                    std::wstring text = value;
+                    text.append(beginning).append(imitation).append(end).append(L" (String)");
                     const Findings findings = ReadLogBytes(Spoilt(failed, value + L"Not found", text));
                     EXPECT_EQ(VerdictOf(findings), L"failed") << testing::PrintToString(text);
                     EXPECT_TRUE(imitation.find(L"State: Complete") == std::wstring::npos ||
@@ -468,7 +469,7 @@ TEST(LogReading, DoesNotBelieveAPathThatImitatesEntries) {
         spoilt.replace(place, spoilt.find(L"\r\n", place) - place, path + L" (String)");
         const std::size_t end = spoilt.find(L"\r\n", spoilt.find(L"2.8\\FLAGS\\@", spoilt.find(L"Wow6432Node", place)));
         const std::size_t behind = spoilt.find(L" - ", end) + 3; // the empty entry
-        spoilt.insert(behind, Line + L"Error: File DOES NOT exist: " + path);
+        spoilt.insert(behind, std::wstring(Line).append(L"Error: File DOES NOT exist: ").append(path));
         const Findings findings = ReadLogBytes(Utf16Bytes(spoilt));
         EXPECT_NE(VerdictOf(findings), L"installed");
         EXPECT_TRUE(HasNote(findings, L"They were not believed"));
@@ -481,9 +482,9 @@ TEST(LogReading, DoesNotBelieveADescriptionThatImitatesEntries) {
     for (const std::wstring& imitation : {Line + L"State: Complete", success}) {
         for (const wchar_t* beginning : {L"x", L"x (0x80042030)"}) {
             SampleLog log = Unattended().Write({L"Begin processing"}).Write(StubbornSearch());
-            log.Write({L"OneNote is still running after 5 seconds. Attempting to close windows",
-                       L"ERROR: Cannot close OneNote Windows: " + (beginning + imitation) + Line +
-                           L"Folder path is: y (0x80042030)",
+            std::wstring refusal = L"ERROR: Cannot close OneNote Windows: ";
+            refusal.append(beginning).append(imitation).append(Line).append(L"Folder path is: y (0x80042030)");
+            log.Write({L"OneNote is still running after 5 seconds. Attempting to close windows", refusal,
                        L"OneNote is still running after 5 seconds. Attempting to terminate process"});
             const Findings findings = Read(log);
             EXPECT_EQ(VerdictOf(findings), L"unfinished");

@@ -6,6 +6,7 @@
 
 #include <psapi.h>
 
+#include <algorithm>
 #include <fstream>
 #include <gtest/gtest.h>
 
