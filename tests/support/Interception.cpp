@@ -1,5 +1,6 @@
 #include "tests/support/Interception.h"
 
+#include "core/Unique.h"
 #include "tests/support/ImportTable.h"
 #include "tests/support/Program.h"
 #include "tests/support/Watchdog.h"
@@ -54,18 +55,27 @@ public:
         DEBUG_EVENT event{};
         while (WaitForDebugEvent(&event, INFINITE)) {
             const DWORD status = Handle(event);
+            if (std::exchange(LastWasIntercepted, false)) {
+                LetGo(event);
+                return;
+            }
             ContinueDebugEvent(event.dwProcessId, event.dwThreadId, status);
             if (event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT)
                 return;
-            if (std::exchange(LastWasIntercepted, false)) {
-                EXPECT_TRUE(DebugActiveProcessStop(event.dwProcessId));
-                return;
-            }
         }
         ADD_FAILURE() << "the program can't be debugged, error " << GetLastError();
     }
 
 private:
+    /// The thread stands still until nobody debugs it: it would throw before.
+    static void LetGo(const DEBUG_EVENT& event) {
+        const UniqueHandle thread(OpenThread(THREAD_SUSPEND_RESUME, FALSE, event.dwThreadId));
+        EXPECT_NE(SuspendThread(thread.Get()), static_cast<DWORD>(-1));
+        ContinueDebugEvent(event.dwProcessId, event.dwThreadId, DBG_CONTINUE);
+        EXPECT_TRUE(DebugActiveProcessStop(event.dwProcessId));
+        EXPECT_NE(ResumeThread(thread.Get()), static_cast<DWORD>(-1));
+    }
+
     DWORD Handle(const DEBUG_EVENT& event) {
         switch (event.dwDebugEventCode) {
         case CREATE_PROCESS_DEBUG_EVENT:
