@@ -25,9 +25,6 @@ public:
     /// The entry that came last is of an earlier place: what was believed since is none of the installer's.
     bool WentBack() const { return wentBack_; }
 
-    /// The last entry that is believed; null before the first one.
-    const LogRule* Place() const { return place_; }
-
     /// The title of the block of the report that is read, or was last; null before the first one.
     const LogRule* Block() const { return title_; }
 

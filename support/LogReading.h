@@ -3,6 +3,7 @@
 #include "support/EntryOrder.h"
 #include "support/Findings.h"
 #include "support/LogParser.h"
+#include "support/MachineReading.h"
 
 #include <chrono>
 #include <string>
@@ -27,21 +28,16 @@ private:
     void GoBack(Says says);
     void PassTime(const LogRule& rule, std::chrono::local_seconds time);
     void Act(const LogRule& rule, const std::wstring& text);
-    void TakeValue(std::wstring_view text);
     void TakeRepair(Says says);
     void TakeFailure(const LogRule* behind, const std::wstring& text);
-    void TakeBitness(Registration::Bitness bitness);
     void Note(std::wstring text);
     void NoteOneNoteError(const wchar_t* what, std::wstring_view text);
-    Registration* Reported();
-    bool EndsWithTheReport() const;
     RunStep StepBehindTheReport() const;
-    void FindWhatIsNotRegistered();
     Verdict FindVerdict(bool isEmpty) const;
-    void NoteTheMachine();
     void NoteTheFile();
 
     EntryOrder order_;
+    MachineReading machine_;
     Findings findings_;
     /// The last entry that was believed, and its time.
     const LogRule* last_ = nullptr;
@@ -49,10 +45,6 @@ private:
     std::chrono::local_seconds lastTime_{};
     /// How many unknown entries had come before it.
     std::size_t unknownSoFar_ = 0;
-    /// It is the last line of a type library's block.
-    bool lastValueOfBlock_ = false;
-    /// Paths of the block for which no line has come that tells of a file.
-    int files_ = 0;
     /// The first entry is cut off.
     bool isAtItsBeginning_ = false;
     int runs_ = 0;
@@ -63,7 +55,4 @@ private:
     bool hasFailed_ = false;
     std::wstring process_;
     std::wstring deletion_;
-    std::wstring oneNoteVersion_;
-    std::wstring officeVersion_;
-    bool proxyIsMissing_ = false;
 };

@@ -250,6 +250,13 @@ bool LogRule::Matches(std::wstring_view entry) const {
     return text.find(AnyText) == std::wstring_view::npos ? WithoutBlanksAtEnd(entry) == text : FitsGaps(entry, text);
 }
 
+std::wstring_view LogRule::InGap(std::wstring_view entry) const {
+    const std::size_t gap = text.find(AnyText);
+    const std::wstring_view behind = text.substr(gap + 1);
+    entry.remove_prefix(std::min(gap, entry.size())); // the blank before it may be missing
+    return entry.substr(0, entry.size() - (behind.find(AnyText) == std::wstring_view::npos ? behind.size() : 0));
+}
+
 bool LogRule::MayBegin(std::wstring_view entry) const {
     if (says == Failed) {
         return std::ranges::any_of(

@@ -134,6 +134,9 @@ struct LogRule {
     /// A failure is recognised in every language: see `FailureLanguage`.
     bool Matches(std::wstring_view entry) const;
 
+    /// What stands in the only gap of an entry that matches, or in the first of several and behind it.
+    std::wstring_view InGap(std::wstring_view entry) const;
+
     /// True for what may be left of the entry in a log that is cut off.
     bool MayBegin(std::wstring_view entry) const;
 };

@@ -1,7 +1,8 @@
 #include "support/LogReading.h"
 
-#include "support/Output.h"
-#include "tests/support/SampleLog.h"
+#include "app/CommandLine.h"
+#include "core/Launch.h"
+#include "tests/log-reader/ReadLogs.h"
 
 #include <windows.h>
 
@@ -13,35 +14,8 @@
 
 namespace {
 
-Findings Read(const SampleLog& log) {
-    return ReadLogBytes(Utf16Bytes(log.Text()));
-}
-
-std::wstring VerdictOf(const Findings& findings) {
-    return std::wstring(VerdictName(findings.verdict));
-}
-
-std::wstring StepOf(const Findings& findings) {
-    return StepTexts()[static_cast<std::size_t>(findings.step)].name;
-}
-
 std::chrono::seconds Took(const Findings& findings, RunStep step) {
     return findings.took.at(static_cast<std::size_t>(step));
-}
-
-bool HasNote(const Findings& findings, std::wstring_view text) {
-    return std::ranges::any_of(findings.notes,
-                               [text](const std::wstring& note) { return note.find(text) != std::wstring::npos; });
-}
-
-SampleLog Unattended() {
-    return SampleLog().WriteReport(L"/config x");
-}
-
-/// What OneNote that has to be terminated leaves.
-Entries StubbornSearch(const std::wstring& name = L"onenote.exe") {
-    return {L"Begin processing", L"Checking if OneNote is running", L"Found process '" + name + L"'",
-            L"OneNote is still running. Waiting..."};
 }
 
 Entries Terminated() {
@@ -49,8 +23,6 @@ Entries Terminated() {
             L"ERROR: Cannot close OneNote Windows: Server execution failed (0x80080005)",
             L"OneNote is still running after 5 seconds. Attempting to terminate process"};
 }
-
-const std::wstring Line = L"\r\nSat Nov 21 21:14:33 2026 - ";
 
 } // namespace
 
@@ -228,19 +200,18 @@ TEST(LogReading, ReadsTheCommandLineAsTheInstallerDoes) {
         const wchar_t* commandLine;
         bool attended;
     } cases[] = {
-        {L"", true},
-        {L"/config", true},
-        {L"/config x", false},
-        {L"/delay /config \"a b\"", false},
-        {L"/config x /config \"\" y", true},
-        {L"/Config x", true},
-        {L"x /config", true},
-        {L"/config \"\"", true},
+        {L"", true},          {L"/config", true},   {L"/config x", false},   {L"/delay /config \"a b\"", false},
+        {L"/Config x", true}, {L"x /config", true}, {L"/config \"\"", true}, {L"/config x /config \"\" y", true},
     };
     for (const auto& item : cases) {
         EXPECT_EQ(Read(SampleLog().WriteReport(item.commandLine)).attended, item.attended)
             << testing::PrintToString(std::wstring(item.commandLine));
+        ConfigPath.clear();
+        ReadCommandLine(item.commandLine);
+        EXPECT_EQ(ConfigPath.empty(), item.attended) << testing::PrintToString(std::wstring(item.commandLine));
     }
+    ConfigPath.clear();
+    DelayOption = false;
 }
 
 TEST(LogReading, TellsThePassThatCounts) {
@@ -411,108 +382,4 @@ TEST(LogReading, TellsAnEntryThatItDoesNotKnow) {
 TEST(LogReading, NotesAClockThatIsSetBack) {
     EXPECT_TRUE(HasNote(Read(Unattended().After(-3600).WriteInstallation()), L"The clock was set back"));
     EXPECT_FALSE(HasNote(Read(Unattended().WriteInstallation()), L"The clock"));
-}
-
-namespace {
-
-/// The log of a machine on which the given text stands as the value of an entry of the report, or in another place.
-std::string Spoilt(const std::wstring& log, const std::wstring& entry, const std::wstring& text) {
-    std::wstring spoilt = log;
-    const std::size_t place = spoilt.find(entry);
-    EXPECT_NE(place, std::wstring::npos);
-    spoilt.replace(place, entry.size(), text);
-    return Utf16Bytes(spoilt);
-}
-
-} // namespace
-
-TEST(LogReading, DoesNotBelieveAStringThatImitatesEntries) {
-    const std::wstring failure = Line + L"ERROR: Installation failed:\n\nx (0x5)";
-    const std::wstring failed =
-        Unattended().Write(SampleSearch()).Write(SampleExtraction()).Write(SampleRepairs()).Text() + Line +
-        L"Internet Security Settings" + Line + L"    HKCU\\x - Not found" + Line + failure;
-    const std::wstring run = Unattended().WriteInstallation().Text().substr(1);
-    const std::wstring pass = SampleLog().WriteInstallation().Text().substr(1);
-    const std::wstring restOfReport = Line + run.substr(run.find(LR"(    HKCR\OneNote.Application.14\@)"));
-    const std::wstring imitations[] = {Line + L"State: Complete",         run,           pass, restOfReport,
-                                       Line + L"    HKCR\\x - Not found", failure + pass};
-    const std::wstring values[] = {
-        LR"(    HKCR\OneNote.Application\CurVer\@ - )",
-        LR"(    HKCR\Wow6432Node\TypeLib\{2DF8D04C-5BFA-101B-BDE5-00AA0044DE52}\2.8\FLAGS\@ - )", L"    HKCU\\x - "};
-    for (const std::wstring& value : values) {
-        for (const std::wstring& imitation : imitations) {
-            for (const wchar_t* beginning : {L"x", L"x (String)"}) {
-                // The string's kind must stand somewhere: behind the last entry, or behind one that may have anything.
-                for (const std::wstring& end : {std::wstring(), Line + L"Folder path is: x", Line + L"x"}) {
-                    std::wstring text = value;
-                    text.append(beginning).append(imitation).append(end).append(L" (String)");
-                    const Findings findings = ReadLogBytes(Spoilt(failed, value + L"Not found", text));
-                    EXPECT_EQ(VerdictOf(findings), L"failed") << testing::PrintToString(text);
-                    EXPECT_TRUE(imitation.find(L"State: Complete") == std::wstring::npos ||
-                                findings.disbelieved + findings.unknown != 0)
-                        << testing::PrintToString(text);
-                }
-            }
-        }
-    }
-}
-
-TEST(LogReading, DoesNotBelieveAPathThatImitatesEntries) {
-    const std::wstring pass = SampleLog().WriteInstallation().Text().substr(1);
-    const std::wstring path = L"C:\\x" + pass + Line + L"Folder path is: x";
-    const std::wstring value = LR"(    HKCR\TypeLib\{2DF8D04C-5BFA-101B-BDE5-00AA0044DE52}\2.8\0\Win32\@ - )";
-    const std::wstring asked = SampleLog().WriteReport(L"", L"office-2010").Text();
-    const std::wstring failed = SampleLog().WriteReport(L"").Write(SampleSearch()).Text();
-    for (const std::wstring& log : {asked, failed}) {
-        std::wstring spoilt = log;
-        const std::size_t place = spoilt.find(value) + value.size();
-        spoilt.replace(place, spoilt.find(L"\r\n", place) - place, path + L" (String)");
-        const std::size_t end = spoilt.find(L"\r\n", spoilt.find(L"2.8\\FLAGS\\@", spoilt.find(L"Wow6432Node", place)));
-        const std::size_t behind = spoilt.find(L" - ", end) + 3; // the empty entry
-        spoilt.insert(behind, std::wstring(Line).append(L"Error: File DOES NOT exist: ").append(path));
-        const Findings findings = ReadLogBytes(Utf16Bytes(spoilt));
-        EXPECT_NE(VerdictOf(findings), L"installed");
-        EXPECT_TRUE(HasNote(findings, L"They were not believed"));
-        EXPECT_FALSE(HasNote(findings, L"Two threads"));
-    }
-}
-
-TEST(LogReading, DoesNotBelieveADescriptionThatImitatesEntries) {
-    const std::wstring success = SampleLog().WriteInstallation().Text().substr(1);
-    for (const std::wstring& imitation : {Line + L"State: Complete", success}) {
-        for (const wchar_t* beginning : {L"x", L"x (0x80042030)"}) {
-            SampleLog log = Unattended().Write({L"Begin processing"}).Write(StubbornSearch());
-            std::wstring refusal = L"ERROR: Cannot close OneNote Windows: ";
-            refusal.append(beginning).append(imitation).append(Line).append(L"Folder path is: y (0x80042030)");
-            log.Write({L"OneNote is still running after 5 seconds. Attempting to close windows", refusal,
-                       L"OneNote is still running after 5 seconds. Attempting to terminate process"});
-            const Findings findings = Read(log);
-            EXPECT_EQ(VerdictOf(findings), L"unfinished");
-            EXPECT_EQ(StepOf(findings), L"search");
-            EXPECT_TRUE(HasNote(findings, L"They were not believed"));
-        }
-    }
-}
-
-TEST(LogReading, BelievesASuccessBehindAnImitatedFailure) {
-    std::wstring log = Unattended().WriteInstallation().Text();
-    const std::wstring value = L"\\SecureProtocols - ";
-    const std::wstring failure =
-        Unattended()
-            .Write({L"Begin processing", L"Begin processing", L"Checking if OneNote is running",
-                    L"ERROR: Installation failed:\n\nx (0x5)"})
-            .Text()
-            .substr(1);
-    const std::wstring text = value + L"x (String)" + failure + Line + L"Folder path is: x (String)";
-    const Findings findings = ReadLogBytes(Spoilt(log, value + L"Not found", text));
-    EXPECT_EQ(VerdictOf(findings), L"installed");
-    EXPECT_TRUE(HasNote(findings, L"They were not believed"));
-}
-
-TEST(LogReading, DoesNotBelieveSuccessOutOfPlace) {
-    for (const Entries& before : {Entries{}, SampleSearch(), Joined({SampleSearch(), SampleExtraction()})}) {
-        const Findings findings = Read(Unattended().Write(before).Write({L"State: Complete"}));
-        EXPECT_EQ(VerdictOf(findings), L"unfinished") << before.size();
-        EXPECT_EQ(findings.disbelieved, 1U);
-    }
 }
